@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+/// The result of an operation: 0 for success, negative for failure.
+using HRESULT = std::int32_t;
+
+inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001U);
+inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005U);
+
+constexpr bool SUCCEEDED(HRESULT status) noexcept { return status >= 0; }
+constexpr bool FAILED(HRESULT status) noexcept { return status < 0; }

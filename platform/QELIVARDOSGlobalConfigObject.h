@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/ZYMHandle.h"
+#include "platform/ZYMUnicodeString.h"
+
+/// What the client tells the module about the CAD system and its object types. The client implements it.
+class ZYM_EXPORT QELIVARDOSGlobalConfigObject : public ZYMBaseUnknown {
+  ZYM_DECLARE_INTERFACE(QELIVARDOSGlobalConfigObject);
+
+ public:
+  /// "CREO" for Creo.
+  virtual ZYMUnicodeString GetCADName() = 0;
+  /// The name of the attribute that tells objects of this type apart; empty when there is none.
+  virtual ZYMUnicodeString GetIdentifierAttribute(const ZYMUnicodeString& type) = 0;
+  /// Whether an object type belongs to a type class, for example "TYPE_OBJECT_WITHOUT_FILE".
+  virtual bool IsTypeInCategory(const ZYMUnicodeString& type, const ZYMUnicodeString& category) = 0;
+  /// Whether a relationship type belongs to a relationship class, for example "REL_BREP_LIKE".
+  virtual bool IsRelTypeInCategory(const ZYMUnicodeString& type, const ZYMUnicodeString& category) = 0;
+};
+
+using QELIVARDOSGlobalConfigObject_var = ZYMHandle<QELIVARDOSGlobalConfigObject>;

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "platform/ZYMUnicodeStringList.h"
+
+/// The value list behind a list of strings.
+using ZYMListValZYMUnicodeString = ZYMUnicodeStringList;

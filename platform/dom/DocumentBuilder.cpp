@@ -1,0 +1,82 @@
+#include "platform/dom/DocumentBuilder.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "platform/QELVARDOSFileLayer.h"
+#include "platform/QELVARDOSFileTransaction.h"
+#include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMFillDictionary.h"
+#include "platform/dom/DomNodes.h"
+#include "platform/dom/XmlWriter.h"
+
+namespace ZYMDom {
+namespace {
+
+HRESULT Fail(const ZYMUnicodeString& path, const std::string& reason) {
+  QELVARDOSSystemUtils::SetLastError(path.Str() + reason);
+  return E_FAIL;
+}
+
+/// Appends to text. On failure reason tells why.
+bool WriteText(const ZYMIDOMNode_var& node, std::string& text, const XmlWriter::Sink& sink, std::string& reason) {
+  const NodeAnchor* const anchor = AnchorOf(*node);
+  if (anchor == nullptr) {
+    reason = "the node belongs to another implementation";
+    return false;
+  }
+  XmlWriter writer(text, sink);
+  const bool written = writer.Write(anchor->Storage(), anchor->Node());
+  reason = writer.Reason();
+  return written;
+}
+
+}  // namespace
+
+ZYM_DEFINE_COMPONENT(DocumentBuilder, ZYMIXMLDOMDocumentBuilder)
+
+HRESULT DocumentBuilder::CreateDocument(ZYMIDOMDocument_var& document) {
+  document = DomDocument::Of(std::make_unique<DomStorage>());
+  return S_OK;
+}
+
+HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& /*optionNames*/,
+                               const ZYMUnicodeStringList& /*optionValues*/, ZYMIDOMDocument_var& document) {
+  std::string bytes;
+  if (const std::error_code error = QELVARDOSFileLayer::Current().Read(path.Str(), bytes)) {
+    return Fail(path, ": " + error.message());
+  }
+  auto storage = std::make_unique<DomStorage>();
+  if (const std::optional<std::size_t> root = plain_.RootOf(bytes)) {
+    if (!storage->LoadPlain(std::move(bytes), *root)) {
+      return Fail(path, ": out of memory");
+    }
+  } else if (!expat_.Read(bytes, storage->Document())) {
+    return Fail(path, ':' + expat_.Reason());
+  }
+  document = DomDocument::Of(std::move(storage));
+  return S_OK;
+}
+
+HRESULT DocumentBuilder::Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path,
+                               const ZYMUnicodeStringList& /*optionNames*/,
+                               const ZYMUnicodeStringList& /*optionValues*/) {
+  std::string text;
+  std::string reason;
+  if (!WriteText(node, text, nullptr, reason)) {
+    return Fail(path, ": " + reason);
+  }
+  if (const std::error_code error = QELVARDOSReplaceFile(path.Str(), text)) {
+    return Fail(path, ": " + error.message());
+  }
+  return S_OK;
+}
+
+HRESULT DocumentBuilder::Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string_view)>& sink) {
+  std::string text;
+  std::string reason;
+  return WriteText(node, text, sink, reason) ? S_OK : Fail("", reason);
+}
+
+}  // namespace ZYMDom

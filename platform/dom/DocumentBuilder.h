@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "platform/ZYMIDOM.h"
+#include "platform/dom/DomStorage.h"
+#include "platform/dom/ExpatReader.h"
+#include "platform/dom/PlainXml.h"
+
+namespace ZYMDom {
+
+/// The builder of trees that pugixml holds. A text that is plain goes straight to pugixml; every other is expat's,
+/// which pugixml would be too lenient a judge for.
+class DocumentBuilder final : public ZYMIXMLDOMDocumentBuilder {
+  ZYM_DECLARE_COMPONENT(DocumentBuilder);
+
+ public:
+  HRESULT CreateDocument(ZYMIDOMDocument_var& document) override;
+  HRESULT Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
+                const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) override;
+  HRESULT Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
+                const ZYMUnicodeStringList& optionValues) override;
+  HRESULT Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string_view)>& sink) override;
+
+ private:
+  PlainXml plain_;
+  ExpatReader expat_;
+};
+
+}  // namespace ZYMDom

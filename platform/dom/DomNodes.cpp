@@ -1,0 +1,79 @@
+#include "platform/dom/DomNodes.h"
+
+#include <string_view>
+
+#include "platform/ZYMFillDictionary.h"
+
+namespace ZYMDom {
+namespace {
+
+/// The tree holds strings that end at the first NUL byte; XML allows none anyway.
+bool HoldsNul(const ZYMUnicodeString& string) { return string.View().find('\0') != std::string_view::npos; }
+
+}  // namespace
+
+ZYM_DEFINE_COMPONENT(DomElement, ZYMIDOMElement)
+ZYM_DEFINE_COMPONENT(DomText, ZYMIDOMText)
+ZYM_DEFINE_COMPONENT(DomOtherNode, ZYMIDOMNode)
+ZYM_DEFINE_COMPONENT(DomDocument, ZYMIDOMDocument)
+
+HRESULT DomElement::getElementsByTagName(const ZYMUnicodeString& name, ZYMIDOMNodeList_var& elements) {
+  return ElementsByTagName(anchor_, name, elements);
+}
+
+HRESULT DomElement::getAttribute(const ZYMUnicodeString& name, ZYMUnicodeString& value) {
+  value.Assign(anchor_.Node().attribute(name.CStr()).value());
+  return S_OK;
+}
+
+HRESULT DomElement::setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) {
+  if (HoldsNul(name) || HoldsNul(value)) {
+    return E_FAIL;
+  }
+  pugi::xml_attribute attribute = anchor_.Node().attribute(name.CStr());
+  if (!attribute) {
+    attribute = anchor_.Node().append_attribute(name.CStr());
+  }
+  return attribute.set_value(value.CStr(), value.Length()) ? S_OK : E_FAIL;
+}
+
+HRESULT DomElement::hasAttribute(const ZYMUnicodeString& name, bool& present) {
+  present = !anchor_.Node().attribute(name.CStr()).empty();
+  return S_OK;
+}
+
+ZYMIDOMDocument_var DomDocument::Of(std::unique_ptr<DomStorage> storage) {
+  ZYMIDOMDocument_var document = ZYMIDOMDocument_var::Adopt(new DomDocument(*storage, storage->Document()));
+  static_cast<void>(storage.release());
+  return document;
+}
+
+HRESULT DomDocument::getDocumentElement(ZYMIDOMElement_var& element) {
+  const pugi::xml_node root = anchor_.Storage().RootElement();
+  element = root ? ZYMIDOMElement_var::Adopt(new DomElement(anchor_.Storage(), root)) : nullptr;
+  return S_OK;
+}
+
+HRESULT DomDocument::getElementsByTagName(const ZYMUnicodeString& name, ZYMIDOMNodeList_var& elements) {
+  return ElementsByTagName(anchor_, name, elements);
+}
+
+HRESULT DomDocument::createElement(const ZYMUnicodeString& name, ZYMIDOMElement_var& element) {
+  if (HoldsNul(name)) {
+    return E_FAIL;
+  }
+  DomStorage& storage = anchor_.Storage();
+  element = ZYMIDOMElement_var::Adopt(new DomElement(storage, storage.NewElement(name.CStr())));
+  return S_OK;
+}
+
+HRESULT DomDocument::createTextNode(const ZYMUnicodeString& value, ZYMIDOMText_var& text) {
+  if (HoldsNul(value)) {
+    return E_FAIL;
+  }
+  DomStorage& storage = anchor_.Storage();
+  text = ZYMIDOMText_var::Adopt(new DomText(storage, storage.NewText(value.CStr())));
+  return S_OK;
+}
+
+}  // namespace ZYMDom

@@ -1,0 +1,239 @@
+#include "platform/dom/XmlWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
+
+#include "platform/dom/ExpatReader.h"
+#include "platform/dom/XmlCharacters.h"
+
+// pugixml's own writer does not serve: it leaves a raw carriage return in text, which reads back as a newline, and it
+// writes characters and names that no XML text may hold.
+
+namespace ZYMDom {
+namespace {
+
+enum Escape : unsigned char { Copied, Ampersand, Less, Greater, Quote, Tab, Newline, Return, Forbidden, MultiByte };
+
+constexpr std::array<std::string_view, Forbidden> Replacements = {"",       "&amp;", "&lt;",  "&gt;",
+                                                                  "&quot;", "&#9;",  "&#10;", "&#13;"};
+
+constexpr XmlEscapes RawEscapes() {
+  XmlEscapes escapes{};
+  std::fill(escapes.begin(), escapes.begin() + 0x20, Forbidden);
+  std::fill(escapes.begin() + 0x80, escapes.end(), MultiByte);
+  escapes['\t'] = escapes['\n'] = escapes['\r'] = Copied;
+  return escapes;
+}
+
+constexpr XmlEscapes TextEscapes() {
+  XmlEscapes escapes = RawEscapes();
+  escapes['&'] = Ampersand;
+  escapes['<'] = Less;
+  escapes['>'] = Greater;
+  escapes['\r'] = Return;
+  return escapes;
+}
+
+constexpr XmlEscapes AttributeEscapes() {
+  XmlEscapes escapes = TextEscapes();
+  escapes['"'] = Quote;
+  escapes['\t'] = Tab;
+  escapes['\n'] = Newline;
+  return escapes;
+}
+
+constexpr XmlEscapes InRaw = RawEscapes();
+constexpr XmlEscapes InText = TextEscapes();
+constexpr XmlEscapes InAttribute = AttributeEscapes();
+
+std::string Describe(unsigned char c) {
+  std::array<char, 80> text{};
+  if (c < 0x80) {
+    std::snprintf(text.data(), text.size(), "character U+%04X, which XML forbids", c);
+  } else {
+    std::snprintf(text.data(), text.size(), "byte 0x%02X, which begins no character that XML allows", c);
+  }
+  return text.data();
+}
+
+bool IsBeyondAscii(char c) { return static_cast<unsigned char>(c) >= 0x80; }
+
+bool MayStartName(char c) { return StartsAsciiName(static_cast<unsigned char>(c)) || c == ':' || IsBeyondAscii(c); }
+
+bool MayContinueName(char c) {
+  return ContinuesAsciiName(static_cast<unsigned char>(c)) || c == ':' || IsBeyondAscii(c);
+}
+
+/// A name beyond ASCII is one when the reader takes it for one.
+bool ReadsAsName(std::string_view name) {
+  std::string text = "<";
+  text.append(name).append("/>");
+  pugi::xml_document document;
+  return ExpatReader().Read(text, document);
+}
+
+}  // namespace
+
+bool XmlWriter::Write(const DomStorage& storage, pugi::xml_node node) {
+  text_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+  if (node.type() == pugi::node_element) {
+    WriteTree(node);
+  } else if (node.type() != pugi::node_document) {
+    Refuse("only a document or an element can be written");
+  } else if (!storage.RootElement()) {
+    Refuse("the document has no root element");
+  } else {
+    WriteDocument(storage, node);
+  }
+  HandOver(1);
+  return reason_.empty();
+}
+
+void XmlWriter::WriteDocument(const DomStorage& storage, pugi::xml_node document) {
+  for (pugi::xml_node child = storage.FirstChild(document); child && !Done(); child = storage.NextSibling(child)) {
+    WriteTree(child);
+  }
+}
+
+void XmlWriter::WriteTree(pugi::xml_node root) {
+  for (pugi::xml_node node = root; !Done();) {
+    current_ = node;
+    Open(node);
+    HandOver(std::size_t{64} << 10U);
+    if (const pugi::xml_node child = node.first_child()) {
+      node = child;
+      continue;
+    }
+    while (node != root && !node.next_sibling()) {
+      node = node.parent();
+      Close(node);
+    }
+    if (node == root) {
+      return;
+    }
+    node = node.next_sibling();
+  }
+}
+
+void XmlWriter::Open(pugi::xml_node node) {
+  switch (node.type()) {
+    case pugi::node_element:
+      OpenElement(node);
+      break;
+    case pugi::node_pcdata:
+      Characters(node.value(), InText);
+      break;
+    case pugi::node_cdata:
+      Section("<![CDATA[", node.value(), "]]>", "]]>");
+      break;
+    case pugi::node_comment:
+      Section("<!--", node.value(), "--", "-->");
+      break;
+    case pugi::node_pi:
+      text_ += "<?";
+      Name(node.name());
+      Section(*node.value() == '\0' ? "" : " ", node.value(), "?>", "?>");
+      break;
+    case pugi::node_doctype:
+      Section("<!DOCTYPE ", node.value(), "", ">\n");
+      break;
+    default:
+      Refuse("a node of an unknown kind");
+  }
+}
+
+void XmlWriter::OpenElement(pugi::xml_node element) {
+  text_ += '<';
+  Name(element.name());
+  for (const pugi::xml_attribute attribute : element.attributes()) {
+    text_ += ' ';
+    Name(attribute.name());
+    text_ += "=\"";
+    Characters(attribute.value(), InAttribute);
+    text_ += '"';
+  }
+  text_ += element.first_child() ? ">" : "/>";
+}
+
+void XmlWriter::Close(pugi::xml_node element) {
+  text_ += "</";
+  text_ += element.name();
+  text_ += '>';
+}
+
+/// forbidden may not begin before the end of the section; empty: there is no such thing.
+void XmlWriter::Section(std::string_view begin, const char* value, std::string_view forbidden, std::string_view end) {
+  text_ += begin;
+  const std::size_t start = text_.size();
+  Characters(value, InRaw);
+  const std::size_t stop = text_.size();
+  text_ += end;
+  if (!forbidden.empty() && text_.find(forbidden, start) < stop) {
+    Refuse(CurrentPlace() + " holds a comment, CDATA section or processing instruction with \"" +
+           std::string(forbidden) + "\" in it");
+  }
+}
+
+void XmlWriter::Name(const char* name) {
+  if (IsName(name)) {
+    text_ += name;
+  } else {
+    Refuse('"' + std::string(name) + "\" is no name in XML");
+  }
+}
+
+bool XmlWriter::IsName(std::string_view name) {
+  if (name.empty() || !MayStartName(name.front()) || !std::all_of(name.begin(), name.end(), MayContinueName)) {
+    return false;
+  }
+  if (std::none_of(name.begin(), name.end(), IsBeyondAscii) || names_.contains(name)) {
+    return true;
+  }
+  return ReadsAsName(name) && names_.emplace(name).second;
+}
+
+void XmlWriter::Characters(const char* text, const XmlEscapes& escapes) {
+  for (const char* run = text;;) {
+    while (escapes[static_cast<unsigned char>(*text)] == Copied) {
+      ++text;
+    }
+    const auto byte = static_cast<unsigned char>(*text);
+    const unsigned char action = escapes[byte];
+    if (const std::size_t length = action == MultiByte ? MultiByteLength(text) : 0; length != 0) {
+      text += length;
+      continue;
+    }
+    text_.append(run, text);
+    if (byte == '\0') {
+      return;
+    }
+    if (action >= Forbidden) {
+      Refuse(CurrentPlace() + " holds " + Describe(byte));
+      return;
+    }
+    text_ += Replacements[action];
+    run = ++text;
+  }
+}
+
+std::string XmlWriter::CurrentPlace() const {
+  const pugi::xml_node element = current_.type() == pugi::node_element ? current_ : current_.parent();
+  return element.type() == pugi::node_element ? "element \"" + std::string(element.name()) + '"' : "the document";
+}
+
+void XmlWriter::Refuse(std::string reason) {
+  if (reason_.empty()) {
+    reason_ = std::move(reason);
+  }
+}
+
+void XmlWriter::HandOver(std::size_t atLeast) {
+  if (sink_ && !Done() && text_.size() >= atLeast) {
+    stopped_ = !sink_(text_);
+    text_.clear();
+  }
+}
+
+}  // namespace ZYMDom

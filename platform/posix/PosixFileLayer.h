@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/QELVARDOSFileLayer.h"
+
+/// The disk of a Linux system.
+class PosixFileLayer final : public QELVARDOSFileLayer {
+ public:
+  QELVARDOSFileFacts Stat(const std::string& path) override;
+  std::error_code Read(const std::string& path, std::string& bytes) override;
+  std::error_code List(const std::string& folder, std::vector<std::string>& names) override;
+  std::error_code MakeFolder(const std::string& path) override;
+  std::error_code HideFolder(const std::string& path) override;
+  std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override;
+  std::error_code MakeDurable(const std::vector<std::string>& paths) override;
+  std::error_code Rename(const std::string& from, const std::string& to) override;
+  std::error_code Remove(const std::string& path) override;
+};
