@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/QELVARDOSClientTrace.h"
+#include "platform/ZYMLoadOrder.h"
+
+/// The three trace channels of a source file. Every source file that traces makes its own, in the group
+/// ZYMLoadOrder::TraceChannels; the module's messages go to details.
+struct QELXVARDOSTraceChannels {
+  QELVARDOSClientTrace general{"QELVARDOS", "QELVARDOS", "STDOUT", 1024, 0};
+  QELVARDOSClientTrace details{"QELVARDOSDetails", "QELVARDOSDetails", "STDOUT", 1024, 0};
+  QELVARDOSClientTrace pcs{"QELVARDOSPCS", "QELVARDOSPCS", "STDOUT", 1024, 0};
+};

@@ -1,0 +1,274 @@
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSPathUtils.h"
+#include "platform/ZYMFillDictionary.h"
+#include "records/Dom.h"
+#include "records/FileStamp.h"
+#include "records/QELXVARDOSLRDConstants.h"
+#include "records/QELXVARDOSLRDVersionInfo.h"
+#include "recognition/QELXVARDOSIdentifier.h"
+#include "recognition/RecognizeCall.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSRecognitionHandler, QELXIVARDOSRecognitionHandler)
+
+ZYMBaseUnknown* CreateBOAQELXIVARDOSRecognitionHandlerQELXVARDOSRecognitionHandler() {
+  return new QELXVARDOSRecognitionHandler;
+}
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using Record = QELXIVARDOSLRDObject_var;
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+// What the request says of an object before it is recognised.
+struct Asked {
+  explicit Asked(const ZYMIDOMElement_var& object)
+      : physicalId(Attribute(object, Word::Phid)),
+        cadId(Attribute(object, Word::CadId)),
+        ceStamp(Attribute(object, Word::CEStamp)),
+        xsStamp(Word::NotPresent) {
+    bool present = false;
+    if (SUCCEEDED(object->hasAttribute(Word::XSStamp, present)) && present) {
+      xsStamp = Attribute(object, Word::XSStamp);
+    }
+  }
+
+  ZYMUnicodeString physicalId;
+  ZYMUnicodeString cadId;
+  ZYMUnicodeString ceStamp;
+  ZYMUnicodeString xsStamp;
+};
+
+template <typename Found>
+void WriteBack(const ZYMIDOMElement_var& object, const Asked& asked, const Found& found,
+               const ZYMUnicodeString& version) {
+  Trace.Write("LRD object is of version :  ", version);
+  Trace.Write("Object cadid : ", asked.cadId, " is recognized as : ", found.verdict);
+  object->setAttribute(Word::Status, found.verdict);
+  object->setAttribute(Word::Phid, found.physicalId);
+  object->setAttribute(FormatVersion::Attribute, version);
+  object->setAttribute(Word::MacroCEStamp, found.macroCEStamp);
+  object->setAttribute(Word::XSStamp, found.xsStamp);
+  object->setAttribute(Word::HashcodeFromLRD, found.hashcode);
+  if (!found.objectChangeStamp.IsEmpty()) {
+    object->setAttribute(Word::ObjectChangeStamp, found.objectChangeStamp);
+  }
+  if (!found.ceStamp.IsEmpty()) {
+    object->setAttribute(Word::CEStamp, found.ceStamp);
+  }
+  // While the synchronisation stamps agree, the request's own CE stamp is the newer knowledge, even when it is empty.
+  if (found.xsStamp == asked.xsStamp) {
+    object->setAttribute(Word::CEStamp, asked.ceStamp);
+  }
+}
+
+}  // namespace
+
+// What is written into an object that was looked up among the records.
+struct QELXVARDOSRecognitionHandler::Found {
+  void TakeStamps(const Record& record) {
+    physicalId = record->GetPhysicalId();
+    ceStamp = record->GetCEStamp();
+    macroCEStamp = record->GetMacroCEStamp();
+    hashcode = record->GetHashcode();
+    xsStamp = record->GetXSStamp();
+  }
+
+  ZYMUnicodeString verdict;
+  ZYMUnicodeString physicalId;
+  ZYMUnicodeString ceStamp;
+  ZYMUnicodeString macroCEStamp;
+  ZYMUnicodeString hashcode;
+  ZYMUnicodeString xsStamp;
+  ZYMUnicodeString objectChangeStamp;
+};
+
+QELXVARDOSRecognitionHandler::QELXVARDOSRecognitionHandler() = default;
+
+QELXVARDOSRecognitionHandler::QELXVARDOSRecognitionHandler(const ZYMUnicodeString& command,
+                                                           const QELIVARDOSGlobalConfigObject_var& config)
+    : command_(command), config_(config) {}
+
+QELXVARDOSRecognitionHandler::~QELXVARDOSRecognitionHandler() = default;
+
+ZYMUnicodeString QELXVARDOSRecognitionHandler::CadName() const {
+  return command_ == Word::Creo || config_.IsNull() ? command_ : config_->GetCADName();
+}
+
+HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, RecordMap& lrdMap) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::Recognize");
+  const ZYMIDOMElement_var element(request);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  const ZYMIDOMElement_var list = FirstElement(element, Word::CadObjectList);
+  HRESULT status = GetLRDMap(element, lrdMap);
+  Trace.Write(" Size of CADId to LRD Map = ", lrdMap.Size());
+  ZYMIDOMNode_varZYMUnicodeStringDico nodeMap;
+  if (FAILED(status) || list.IsNull()) {
+    return step.Return(status);
+  }
+  status = getCadidObjectNodeMap(list, nodeMap);
+  Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
+  ZYMIDOMNodeList_var children;
+  int count = 0;
+  if (SUCCEEDED(status)) {
+    list->getChildNodes(children);
+    if (children) {
+      children->getLength(count);
+    }
+  }
+  Trace.Write(" Number of cadobjlist child nodes = ", count);
+  ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(element);
+
+  RecognizeCall call(*this, element);
+  for (int i = 0; i < count && SUCCEEDED(status); ++i) {
+    ZYMIDOMNode_var child;
+    children->item(i, child);
+    if (const ZYMIDOMElement_var object(child); object) {
+      status = RecognizeObject(object, lrdMap, nodeMap, version);
+    }
+  }
+  return step.Return(status);
+}
+
+// version goes from object to object: one that was found in a record leaves that record's version to those behind it.
+HRESULT QELXVARDOSRecognitionHandler::RecognizeObject(const ZYMIDOMElement_var& object, const RecordMap& lrdMap,
+                                                      ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
+                                                      ZYMUnicodeString& version) {
+  const Asked asked(object);
+  const Record requestRecord = asked.cadId.IsEmpty() ? Record() : lrdMap[asked.cadId];
+  HRESULT status = S_OK;
+  if (!asked.physicalId.IsEmpty()) {
+    Trace.Write("Recognizing the object using physicalId of object cadid : ", asked.cadId);
+    status = call_->ByPhysicalId().RecognizePerNode(object, version);
+  } else {
+    Trace.Write("Recognizing the object using LRD of object cadid : ", asked.cadId);
+    Record record;
+    Found found;
+    status = getLRDObject(object, nodeMap, record);
+    if (record.IsNull()) {
+      Trace.Write("No LRD file on disc");
+      found.verdict = Word::Unknown;
+    } else if (SUCCEEDED(status)) {
+      Trace.Write("LRD file present on disc");
+      if (record->GetStateFlag()) {
+        RecognizeAsEntry(object, requestRecord, record, found, version);
+      } else {
+        RecognizeFromOwnRecord(record, found, version);
+      }
+    }
+    if (Attribute(object, Word::Modified) == Word::UpperTrue && !(found.verdict == Word::Unknown)) {
+      found.verdict = Word::ModifiedVerdict;
+    }
+    WriteBack(object, asked, found, version);
+  }
+  if (requestRecord) {
+    requestRecord->UpdateLRDObjectFromXML(object);
+  }
+  return status;
+}
+
+void QELXVARDOSRecognitionHandler::RecognizeAsEntry(const ZYMIDOMElement_var& object, const Record& requestRecord,
+                                                    const Record& record, Found& found, ZYMUnicodeString& version) {
+  Trace.Write("Recognizing object from parent its LRD");
+  Record entry;
+  if (requestRecord) {
+    RecognizeFromRel(requestRecord, record, entry);
+  }
+  if (entry.IsNull()) {
+    entry = call_->Parent().FindChild(QELXVARDOSLRDFactory().GetIdentifier(config_, object));
+  }
+  if (entry.IsNull()) {
+    Trace.Write("Object is not present in its parent LRD ");
+    found.verdict = Word::Unknown;
+    return;
+  }
+  Trace.Write("Object is present in its parent LRD ");
+  found.TakeStamps(entry);
+  found.verdict = found.physicalId.IsEmpty() ? Word::Unknown : Word::Exists;
+  version = record->GetVersion();
+}
+
+void QELXVARDOSRecognitionHandler::RecognizeFromOwnRecord(const Record& record, Found& found,
+                                                          ZYMUnicodeString& version) {
+  const ZYMUnicodeString fileStamp = StampOf(call_->Current().file.modified);
+  Trace.Write("File stamp for file ", record->GetObjectFilePath().ToString(), " is : ", fileStamp);
+  found.TakeStamps(record);
+  found.objectChangeStamp = record->GetObjectChangeStamp();
+  // No order: a file that is older than its record is a modification too.
+  found.verdict = found.objectChangeStamp == fileStamp ? Word::Exists : Word::ModifiedVerdict;
+  version = record->GetVersion();
+  UpdateRelNode(call_->Request(), record);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::RecognizeFromRel(const Record& requestRecord, const Record& diskRecord,
+                                                       Record& child) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::RecognizeFromRel");
+  Record own;
+  requestRecord->GetChildLRDObject(own);
+  if (own.IsNull() || own->GetParentRelationships().Size() == 0 || diskRecord->GetChildRelationships().Size() == 0) {
+    return step.Return(S_OK);
+  }
+  if (const Record relationship = call_->Parent().FindRelationship(own->GetParentRelationships()); relationship) {
+    if (const Record related = call_->Parent().FindRelatedChild(relationship->GetChildPhid()); related) {
+      child = related;
+    }
+  }
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::getLRDObject(const ZYMIDOMNode_var& cadObject,
+                                                   ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap, Record& record) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::getLRDObject");
+  call_->Begin(cadObject);
+  const bool inParent = ShouldCheckInParent(cadObject) == 1;
+  // The paths of the object itself stand unless a composition has a record, so a parent is never asked.
+  ZYMUnicodeStringZYMUnicodeStringDico composition;
+  if (inParent) {
+    GetObjectFileLRDFileFromComposition(cadObject, nodeMap, composition);
+  }
+  const bool inComposition = composition.HasKey(Word::LRDFile);
+  const ZYMUnicodeString recordFile =
+      inComposition ? composition[Word::LRDFile] : call_->Current().paths.recordFile;
+
+  if (Attribute(cadObject, Word::RecognizeAsNew) == Word::UpperTrue) {
+    if (inComposition || call_->OwnRecordExists()) {
+      Trace.Write("Object is marked as recognise as new ");
+    }
+    return step.Return(S_OK);
+  }
+  const HRESULT status = inComposition ? call_->ReadParent(recordFile, record) : call_->ReadOwn(record);
+  if (SUCCEEDED(status) && record) {
+    record->SetObjectFilePath(inComposition ? composition[Word::ObjectFile] : call_->Current().paths.objectFile);
+    record->SetStateFlag(inParent);
+  }
+  return step.Return(status);
+}
+
+int QELXVARDOSRecognitionHandler::ShouldCheckInParent(const ZYMIDOMNode_var& cadObject) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::ShouldCheckInParent");
+  const ZYMIDOMElement_var object(cadObject);
+  if (object.IsNull()) {
+    return step.Return(0);
+  }
+  ZYMUnicodeStringList compositions;
+  QELXVARDOSIdentifier(object).IdentifyComposition(compositions);
+  if (!call_->Current().file.Exists()) {
+    return step.Return(1);
+  }
+  if (compositions.Size() == 0) {
+    return step.Return(0);
+  }
+  if (!call_->OwnRecordExists()) {
+    return step.Return(1);
+  }
+  const bool withoutFile =
+      config_->IsTypeInCategory(Attribute(object, Word::Type), QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE);
+  return step.Return(withoutFile ? 1 : 0);
+}

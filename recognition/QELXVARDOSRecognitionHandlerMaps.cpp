@@ -1,0 +1,168 @@
+// The lookup maps of the handler: records by CAD id and by physical id, and where the record of an object may be found.
+
+#include <unordered_map>
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSPathUtils.h"
+#include "records/Dom.h"
+#include "records/FileStamp.h"
+#include "records/QELXVARDOSLRDConstants.h"
+#include "recognition/ObjectsOfTree.h"
+#include "recognition/QELXVARDOSIdentifier.h"
+#include "recognition/RecognizeCall.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using Record = QELXIVARDOSLRDObject_var;
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+/// The records that a tree carries, by CAD id; none when no handler serves it.
+HRESULT ReadRecords(const QELIVARDOSGlobalConfigObject_var& config, const ZYMIDOMNode_var& node, RecordMap& records) {
+  QELXIVARDOSLRDXMLHandler_var handler;
+  QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(config, node, handler);
+  return handler ? handler->GetLRDObjects(node, records) : S_OK;
+}
+
+}  // namespace
+
+HRESULT QELXVARDOSRecognitionHandler::GetLRDMap(const ZYMIDOMNode_var& request, RecordMap& lrdMap) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetLRDMap");
+  RecordMap records;
+  HRESULT status = ReadRecords(config_, request, records);
+  if (SUCCEEDED(status)) {
+    status = GetCAdIdLRDExceptspecificTypes(records, lrdMap);
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::GetCAdIdLRDExceptspecificTypes(const RecordMap& in, RecordMap& out) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetCAdIdLRDExceptspecificTypes");
+  for (const RecordMap::Entry& entry : in) {
+    const Record& record = entry.second;
+    if (record->GetTypeClasses().Locate(QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE) == 0) {
+      out.Insert(record->GetCadId(), record);
+    }
+  }
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::GetPhidLRDMap(const ZYMIDOMNode_var& node, RecordMap& phidMap) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetPhidLRDMap");
+  RecordMap records;
+  const HRESULT status = ReadRecords(config_, node, records);
+  if (SUCCEEDED(status)) {
+    for (const RecordMap::Entry& entry : records) {
+      phidMap.Insert(entry.second->GetPhysicalId(), entry.second);
+    }
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMap(const ZYMIDOMNode_var& node, const RecordMap& phidMap,
+                                                     RecordMap& cadidMap, ZYMUnicodeStringList skipList) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetCadidLRDMap");
+  const ZYMUnicodeString cadName = CadName();
+  const ObjectsOfTree objects(node);
+  objects.ForEach([&](const ZYMIDOMElement_var& object) {
+    const ZYMUnicodeString cadId = Attribute(object, Word::CadId);
+    if (skipList.Locate(cadId) != 0) {
+      return;
+    }
+    const QELXVARDOSLRDFactory::Paths paths = QELXVARDOSLRDFactory().PathsOf(cadName, object);
+    if (phidMap.Size() == 0) {
+      return;
+    }
+    const ZYMUnicodeString physicalId = Attribute(object, Word::Phid);
+    const Record record = phidMap[physicalId];
+    if (record.IsNull()) {
+      // Derived outputs have no record, so a listed object may be missing from the map.
+      Trace.Write("No record for phid : ", physicalId);
+      return;
+    }
+    record->SetObjectFilePath(paths.objectFile);
+    record->SetLRDFilePath(paths.recordFile);
+    ZYMUnicodeString stamp;
+    record->ComputeObjectChangeStamp(stamp);
+    cadidMap.Insert(cadId, record);
+  });
+  return step.Return(objects.Status());
+}
+
+HRESULT QELXVARDOSRecognitionHandler::getCadidObjectNodeMap(const ZYMIDOMNode_var& cadobjectlist,
+                                                            ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::getCadidObjectNodeMap");
+  HRESULT status = S_OK;
+  ForEachChildElement(cadobjectlist, [&](const ZYMIDOMElement_var& object) {
+    ZYMUnicodeString cadId;
+    status = object->getAttribute(Word::CadId, cadId);
+    if (!cadId.IsEmpty()) {
+      nodeMap.Insert(cadId, object);
+    }
+    return true;
+  });
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition(
+    const ZYMIDOMNode_var& cadObject, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
+    ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition");
+  ZYMUnicodeStringList compositions;
+  QELXVARDOSIdentifier(cadObject).IdentifyComposition(compositions);
+  for (const ZYMUnicodeString& cadId : std::as_const(compositions)) {
+    if (const ZYMIDOMNode_var node = nodeMap[cadId]; node && TakePathsOfRecord(node, paths)) {
+      break;
+    }
+  }
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent(const ZYMIDOMNode_var& cadObject,
+                                                                     ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
+                                                                     ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent");
+  ZYMUnicodeStringList parents;
+  QELXVARDOSIdentifier(cadObject).IdentifyParent(parents);
+  if (parents.Size() != 0) {
+    if (const ZYMIDOMNode_var node = nodeMap[parents[1]]; node && !TakePathsOfRecord(node, paths)) {
+      GetObjectFileLRDFileFromComposition(cadObject, nodeMap, paths);
+    }
+  }
+  return step.Return(S_OK);
+}
+
+bool QELXVARDOSRecognitionHandler::TakePathsOfRecord(const ZYMIDOMNode_var& cadObject,
+                                                     ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+  ZYMUnicodeStringZYMUnicodeStringDico found;
+  QELXVARDOSLRDFactory().GetObjectFileLRDFile(CadName(), cadObject, found);
+  const ZYMUnicodeString recordFile = found[Word::LRDFile];
+  const bool exists = call_ == nullptr ? QELVARDOSPathUtils::Exists(recordFile) : call_->ParentExists(recordFile);
+  if (exists) {
+    paths = found;
+  }
+  return exists;
+}
+
+HRESULT QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList(const QELXIVARDOSLRDObject_varList& a,
+                                                                     const QELXIVARDOSLRDObject_varList& b,
+                                                                     QELXIVARDOSLRDObject_var& entry) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList");
+  if (const Record last = RecordIndex::ById(b).FindLast(a); last) {
+    entry = last;
+  }
+  return step.Return(S_OK);
+}
+
+ZYMUnicodeString& QELXVARDOSRecognitionHandler::GetFileTimeStamp(ZYMUnicodeString& stamp,
+                                                                 const ZYMUnicodeString& path) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetFileTimeStamp");
+  stamp = StampOf(QELVARDOSPathUtils::GetModificationTime(path));
+  Trace.Write("File stamp for file ", path, " is : ", stamp);
+  step.Return(S_OK);
+  return stamp;
+}

@@ -1,0 +1,123 @@
+#include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/ZYMFillDictionary.h"
+#include "records/Dom.h"
+#include "records/QELXVARDOSLRDConstants.h"
+#include "records/QELXVARDOSLRDVersionInfo.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSRecognitionHandlerNoLRD, QELXIVARDOSRecognitionHandler)
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+const ZYMUnicodeString& VerdictOf(const ZYMIDOMElement_var& object, const ZYMUnicodeString& physicalId) {
+  if (physicalId.IsEmpty()) {
+    return Word::Unknown;
+  }
+  return Attribute(object, Word::Modified) == Word::UpperTrue ? Word::ModifiedVerdict : Word::Exists;
+}
+
+void MakePresent(const ZYMIDOMElement_var& object, const ZYMUnicodeString& attribute) {
+  if (Attribute(object, attribute).IsEmpty()) {
+    object->setAttribute(attribute, ZYMUnicodeString());
+  }
+}
+
+}  // namespace
+
+QELXVARDOSRecognitionHandlerNoLRD::QELXVARDOSRecognitionHandlerNoLRD(const ZYMUnicodeString& command)
+    : command_(command) {}
+
+QELXVARDOSRecognitionHandlerNoLRD::~QELXVARDOSRecognitionHandlerNoLRD() = default;
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::Recognize(const ZYMIDOMNode_var& request, RecordMap& /*lrdMap*/) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandlerNoLRD::Recognize");
+  const ZYMIDOMElement_var element(request);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  HRESULT status = S_OK;
+  if (const ZYMIDOMElement_var list = FirstElement(element, Word::CadObjectList); list) {
+    const ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(request);
+    ForEachChild(list, [&](const ZYMIDOMNode_var& child) {
+      status = RecognizePerNode(child, version);
+      return true;
+    });
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_var& cadObject,
+                                                            ZYMUnicodeString version) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode");
+  const ZYMIDOMElement_var object(cadObject);
+  if (object.IsNull()) {
+    return step.Return(S_OK);
+  }
+  const bool asNew = Attribute(object, Word::RecognizeAsNew) == Word::True;
+  const ZYMUnicodeString physicalId = asNew ? ZYMUnicodeString() : Attribute(object, Word::Phid);
+  const ZYMUnicodeString& verdict = VerdictOf(object, physicalId);
+  Trace.Write("Object cadId : ", Attribute(object, Word::CadId), " is recognisezd as : ", verdict);
+
+  object->setAttribute(Word::Status, verdict);
+  object->setAttribute(Word::Phid, physicalId);
+  MakePresent(object, Word::CEStamp);
+  MakePresent(object, Word::MacroCEStamp);
+  object->setAttribute(FormatVersion::Attribute, version);
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetLRDMap(const ZYMIDOMNode_var& /*request*/, RecordMap& /*lrdMap*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::CreateOrUpdateLRD(const ZYMIDOMNode_var& /*root*/,
+                                                             const RecordMap& /*cadidMap*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::CreateOrUpdateLRD(const QELXIVARDOSLRDObject_varList& /*records*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetPhidLRDMap(const ZYMIDOMNode_var& /*node*/, RecordMap& /*phidMap*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::UpdateInformationFromCache(const ZYMIDOMNode_var& /*root*/,
+                                                                      const RecordMap& /*phidMap*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& /*records*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetCadidLRDMap(const ZYMIDOMNode_var& /*node*/,
+                                                          const RecordMap& /*phidMap*/, RecordMap& /*cadidMap*/,
+                                                          ZYMUnicodeStringList /*skipList*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::UpdateRequestAndLRDObjects(
+    const ZYMIDOMNode_var& /*root*/, const RecordMap& /*cadidMap*/,
+    const ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico& /*cacheInformation*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetCadidLRDMapForCache(const ZYMIDOMNode_var& /*root*/,
+                                                                  const RecordMap& /*phidMap*/,
+                                                                  RecordMap& /*cadidMap*/) {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::UpdateLRDObjects(const ZYMIDOMNode_var& /*root*/,
+                                                            const RecordMap& /*cadidMap*/) {
+  return S_OK;
+}

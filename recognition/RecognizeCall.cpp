@@ -1,0 +1,165 @@
+#include "recognition/RecognizeCall.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "records/Dom.h"
+#include "records/QELXVARDOSLRDConstants.h"
+
+namespace {
+
+using Record = QELXIVARDOSLRDObject_var;
+
+// Depth first, parents before their children: the order in which GetChildObject looks.
+void AddWithNested(RecordIndex& index, const QELXIVARDOSLRDObject_varList& records) {
+  for (const Record& record : records) {
+    index.Add(record->GetId(), record);
+    AddWithNested(index, record->GetChildren());
+  }
+}
+
+std::size_t HashOf(const ZYMUnicodeString& text) { return std::hash<ZYMUnicodeString>()(text); }
+
+bool Exists(const ZYMUnicodeString& path) { return QELVARDOSFileLayer::Current().Stat(path.Str()).Exists(); }
+
+}  // namespace
+
+RecordIndex RecordIndex::ById(const QELXIVARDOSLRDObject_varList& records) {
+  RecordIndex index;
+  for (const Record& record : records) {
+    index.Add(record->GetId(), record);
+  }
+  return index;
+}
+
+QELXIVARDOSLRDObject_var RecordIndex::FindLast(const QELXIVARDOSLRDObject_varList& wanted) const {
+  Record last;
+  for (const Record& record : wanted) {
+    if (const Record found = Find(record->GetId()); found) {
+      last = found;
+    }
+  }
+  return last;
+}
+
+QELXIVARDOSLRDObject_var ParentRecord::FindChild(const ZYMUnicodeString& id) {
+  if (!children_) {
+    AddWithNested(children_.emplace(), record_->GetChildren());
+  }
+  return children_->Find(id);
+}
+
+QELXIVARDOSLRDObject_var ParentRecord::FindRelationship(const QELXIVARDOSLRDObject_varList& wanted) {
+  if (!relationships_) {
+    relationships_ = RecordIndex::ById(record_->GetChildRelationships());
+  }
+  return relationships_->FindLast(wanted);
+}
+
+QELXIVARDOSLRDObject_var ParentRecord::FindRelatedChild(const ZYMUnicodeString& physicalId) {
+  if (!relatedChildren_) {
+    relatedChildren_.emplace();
+    for (const Record& child : record_->GetRelatedChildren()) {
+      relatedChildren_->Add(child->GetPhysicalId(), child);
+    }
+  }
+  return relatedChildren_->Find(physicalId);
+}
+
+RequestRelationships::RequestRelationships(const ZYMIDOMNode_var& request) {
+  const ZYMIDOMElement_var element(request);
+  const ZYMIDOMElement_var list =
+      element ? FirstElement(element, Word::RelationshipList) : ZYMIDOMElement_var();
+  if (list.IsNull()) {
+    return;
+  }
+  ForEachChildElement(list, [this](const ZYMIDOMElement_var& relationship) {
+    if (const ZYMUnicodeString id = Attribute(relationship, Word::RelUuid); !id.IsEmpty()) {
+      entries_.push_back({HashOf(id), relationship});
+    }
+    return true;
+  });
+  std::stable_sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.hash < b.hash; });
+}
+
+void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) const {
+  for (const Record& relationship : record->GetChildRelationships()) {
+    const ZYMUnicodeString& id = relationship->GetId();
+    if (id.IsEmpty()) {
+      continue;
+    }
+    const std::size_t hash = HashOf(id);
+    for (auto entry = std::lower_bound(entries_.begin(), entries_.end(), hash,
+                                       [](const Entry& e, std::size_t wanted) { return e.hash < wanted; });
+         entry != entries_.end() && entry->hash == hash; ++entry) {
+      if (Attribute(entry->element, Word::RelUuid) == id && Attribute(entry->element, Word::Phid).IsEmpty()) {
+        entry->element->setAttribute(Word::Phid, relationship->GetPhysicalId());
+      }
+    }
+  }
+}
+
+QELXVARDOSRecognitionHandler::RecognizeCall::RecognizeCall(QELXVARDOSRecognitionHandler& handler,
+                                                           const ZYMIDOMNode_var& request)
+    : handler_(handler),
+      request_(request),
+      cadName_(handler.CadName()),
+      reader_(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(handler.config_)),
+      byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(handler.command_)) {
+  handler_.call_ = this;
+}
+
+QELXVARDOSRecognitionHandler::RecognizeCall::~RecognizeCall() { handler_.call_ = nullptr; }
+
+void QELXVARDOSRecognitionHandler::RecognizeCall::Begin(const ZYMIDOMNode_var& cadObject) {
+  object_.paths = factory_.PathsOf(cadName_, cadObject);
+  object_.file = QELVARDOSFileLayer::Current().Stat(object_.paths.objectFile.Str());
+}
+
+QELXVARDOSRecognitionHandler::RecognizeCall::ParentFile& QELXVARDOSRecognitionHandler::RecognizeCall::ParentAt(
+    const ZYMUnicodeString& recordFile) {
+  const auto [place, added] = parents_.try_emplace(recordFile.Str());
+  if (added) {
+    place->second.exists = Exists(recordFile);
+  }
+  return place->second;
+}
+
+bool QELXVARDOSRecognitionHandler::RecognizeCall::ParentExists(const ZYMUnicodeString& recordFile) {
+  return ParentAt(recordFile).exists;
+}
+
+HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadParent(const ZYMUnicodeString& recordFile,
+                                                                QELXIVARDOSLRDObject_var& record) {
+  ParentFile& file = ParentAt(recordFile);
+  parent_ = &file.record;
+  if (!file.read) {
+    Record read;
+    if (const HRESULT status = reader_->ReadLRDFile(recordFile, read); FAILED(status)) {
+      return status;
+    }
+    file.record = ParentRecord(read);
+    file.read = true;
+  }
+  record = file.record.Get();
+  return S_OK;
+}
+
+bool QELXVARDOSRecognitionHandler::RecognizeCall::OwnRecordExists() { return Exists(object_.paths.recordFile); }
+
+HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadOwn(QELXIVARDOSLRDObject_var& record) {
+  if (!OwnRecordExists()) {
+    return S_OK;
+  }
+  const HRESULT status = reader_->ReadLRDFile(object_.paths.recordFile, record);
+  own_ = ParentRecord(record);
+  parent_ = &own_;
+  return status;
+}
+
+RequestRelationships& QELXVARDOSRecognitionHandler::RecognizeCall::Relationships() {
+  if (!relationships_) {
+    relationships_.emplace(request_);
+  }
+  return *relationships_;
+}

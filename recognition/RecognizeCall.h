@@ -1,0 +1,128 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/QELVARDOSFileLayer.h"
+#include "records/QELXVARDOSLRDFactory.h"
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+
+/// Records by a string of theirs that does not change while the index lives; of equal strings the first counts, and the
+/// empty string finds nothing.
+class RecordIndex {
+ public:
+  void Add(const ZYMUnicodeString& key, const QELXIVARDOSLRDObject_var& record) {
+    if (!key.IsEmpty()) {
+      records_.try_emplace(key.View(), record);
+    }
+  }
+  static RecordIndex ById(const QELXIVARDOSLRDObject_varList& records);
+
+  /// Null when there is none.
+  QELXIVARDOSLRDObject_var Find(const ZYMUnicodeString& key) const {
+    const auto found = records_.find(key.View());
+    return found == records_.end() ? QELXIVARDOSLRDObject_var() : found->second;
+  }
+  /// What is found for the id of the last record in wanted for which something is found.
+  QELXIVARDOSLRDObject_var FindLast(const QELXIVARDOSLRDObject_varList& wanted) const;
+
+ private:
+  std::unordered_map<std::string_view, QELXIVARDOSLRDObject_var> records_;
+};
+
+/// A record file that other objects may stand in, read at most once. Its entries are indexed when they are first asked
+/// for, so that N entries are found in time proportional to N.
+class ParentRecord {
+ public:
+  ParentRecord() = default;
+  explicit ParentRecord(const QELXIVARDOSLRDObject_var& record) : record_(record) {}
+
+  const QELXIVARDOSLRDObject_var& Get() const { return record_; }
+  /// As QELXIVARDOSLRDObject::GetChildObject, but null for the empty id: nobody is told apart by it.
+  QELXIVARDOSLRDObject_var FindChild(const ZYMUnicodeString& id);
+  /// As QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList for the relationships of this record.
+  QELXIVARDOSLRDObject_var FindRelationship(const QELXIVARDOSLRDObject_varList& wanted);
+  QELXIVARDOSLRDObject_var FindRelatedChild(const ZYMUnicodeString& physicalId);
+
+ private:
+  QELXIVARDOSLRDObject_var record_;
+  std::optional<RecordIndex> children_;
+  std::optional<RecordIndex> relationships_;
+  std::optional<RecordIndex> relatedChildren_;
+};
+
+/// The relationships of a request by their "reluuid".
+class RequestRelationships {
+ public:
+  explicit RequestRelationships(const ZYMIDOMNode_var& request);
+  /// Gives each relationship of the record that the request has without a physical id the one that the record knows.
+  void Complete(const QELXIVARDOSLRDObject_var& record) const;
+
+ private:
+  // The hash alone keeps an entry small; the id itself is looked up in the element.
+  struct Entry {
+    std::size_t hash;
+    ZYMIDOMElement_var element;
+  };
+  std::vector<Entry> entries_;
+};
+
+/// What the objects of one Recognize share. Nothing of it outlives the call.
+class QELXVARDOSRecognitionHandler::RecognizeCall {
+ public:
+  RecognizeCall(QELXVARDOSRecognitionHandler& handler, const ZYMIDOMNode_var& request);
+  ~RecognizeCall();
+  RecognizeCall(const RecognizeCall&) = delete;
+  RecognizeCall& operator=(const RecognizeCall&) = delete;
+
+  /// The object that is being recognised: its paths, and its file as it was found when it was first looked at.
+  struct Object {
+    QELXVARDOSLRDFactory::Paths paths;
+    QELVARDOSFileFacts file;
+  };
+  const ZYMIDOMNode_var& Request() const { return request_; }
+
+  /// Takes up the next object.
+  void Begin(const ZYMIDOMNode_var& cadObject);
+  const Object& Current() const { return object_; }
+
+  /// Whether the record file of another object is there.
+  bool ParentExists(const ZYMUnicodeString& recordFile);
+  /// Reads it, or answers what was read before.
+  HRESULT ReadParent(const ZYMUnicodeString& recordFile, QELXIVARDOSLRDObject_var& record);
+  bool OwnRecordExists();
+  /// Reads the record file of the current object; when there is none, record stays null and the status is 0.
+  HRESULT ReadOwn(QELXIVARDOSLRDObject_var& record);
+  /// The record in which the current object is an entry.
+  ParentRecord& Parent() { return *parent_; }
+
+  RequestRelationships& Relationships();
+  QELXVARDOSRecognitionHandlerNoLRD& ByPhysicalId() { return *byPhysicalId_; }
+
+ private:
+  struct ParentFile {
+    bool exists = false;
+    bool read = false;
+    ParentRecord record;
+  };
+  ParentFile& ParentAt(const ZYMUnicodeString& recordFile);
+
+  QELXVARDOSRecognitionHandler& handler_;
+  ZYMIDOMNode_var request_;
+  ZYMUnicodeString cadName_;
+  QELXVARDOSLRDFactory factory_;
+  ZYMHandle<QELXVARDOSLRDXMLHandler> reader_;
+  ZYMHandle<QELXVARDOSRecognitionHandlerNoLRD> byPhysicalId_;
+  Object object_;
+  std::unordered_map<std::string, ParentFile> parents_;
+  ParentRecord own_;
+  ParentRecord* parent_ = nullptr;
+  std::optional<RequestRelationships> relationships_;
+};

@@ -1,0 +1,25 @@
+#include "records/Dom.h"
+
+ZYMUnicodeString Attribute(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name) {
+  ZYMUnicodeString value;
+  if (element) {
+    element->getAttribute(name, value);
+  }
+  return value;
+}
+
+ZYMIDOMElement_var FirstElement(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name) {
+  ZYMIDOMNodeList_var found;
+  element->getElementsByTagName(name, found);
+  ZYMIDOMNode_var first;
+  if (found) {
+    found->item(0, first);
+  }
+  return first;
+}
+
+ZYMUnicodeString NodeName(const ZYMIDOMNode_var& node) {
+  ZYMUnicodeString name;
+  node->getNodeName(name);
+  return name;
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "platform/QELVARDOSPath.h"
+#include "platform/ZYMUnicodeString.h"
+
+/// A file's modification time as it stands in records and is compared with them: whole seconds since 1970-01-01 UTC, in
+/// decimal. One way to write it, so that equal times are equal strings. Empty when the file does not exist.
+ZYMUnicodeString FileStamp(const QELVARDOSPath& file);
+
+/// The form of a time that is known already.
+ZYMUnicodeString StampOf(std::int64_t seconds);

@@ -1,0 +1,37 @@
+#include "records/QELXVARDOSChildLRDObject.h"
+
+#include "platform/QELVARDOSPathUtils.h"
+#include "platform/ZYMFillDictionary.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject, QELXVARDOSLRDObject)
+ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject_V1, QELXVARDOSChildLRDObject)
+ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject_V4, QELXVARDOSChildLRDObject_V1)
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+
+}  // namespace
+
+const QELVARDOSClientTrace& EntryTrace() { return Channels.details; }
+
+QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& cadobject,
+                                                   const ZYMUnicodeString& identifier)
+    : EntryLRDObject(cadobject, identifier) {
+  writeFlag_ = !DoesFileExists(cadobject);
+}
+
+const ZYMUnicodeString& QELXVARDOSChildLRDObject::ElementName() { return Word::Structure; }
+
+bool QELXVARDOSChildLRDObject::DoesFileExists(const ZYMIDOMNode_var& cadobject) {
+  const QELVARDOSClientTraceStep step(EntryTrace(), "QELXVARDOSChildLRDObject::DoesFileExists");
+  bool exists = false;
+  ZYMUnicodeString fileName;
+  ZYMUnicodeString folder;
+  const ZYMIDOMElement_var element(cadobject);
+  if (element && SUCCEEDED(element->getAttribute(Word::FileName, fileName)) &&
+      SUCCEEDED(element->getAttribute(Word::DirName, folder)) && !fileName.IsEmpty()) {
+    exists = QELVARDOSPathUtils::Exists(QELVARDOSPath(folder) / fileName);
+  }
+  return step.Return(exists ? 1 : 0) != 0;
+}

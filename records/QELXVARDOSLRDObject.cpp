@@ -1,0 +1,332 @@
+#include "records/QELXVARDOSLRDObject.h"
+
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/ZYMFillDictionary.h"
+#include "records/Dom.h"
+#include "records/FileStamp.h"
+#include "records/QELXVARDOSLRDConstants.h"
+#include "records/Steps.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSLRDObject, QELXIVARDOSLRDObject)
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+
+const ZYMUnicodeString Empty;
+
+void TakeText(const ZYMIDOMElement_var& node, ZYMUnicodeString& value) {
+  ZYMIDOMNode_var text;
+  node->getFirstChild(text);
+  if (text) {
+    text->getNodeValue(value);
+  }
+}
+
+using PendingReleases = std::vector<QELXIVARDOSLRDObject_var>;
+
+// Set while records are being released one after the other. A plain pointer, because an object with a destructor would
+// tie the module to the thread and keep it from being unloaded.
+thread_local PendingReleases* pendingReleases = nullptr;
+
+void MoveInto(PendingReleases& pending, QELXIVARDOSLRDObject_varList& records) {
+  for (QELXIVARDOSLRDObject_var& record : records) {
+    pending.push_back(std::move(record));
+  }
+  records.RemoveAll();
+}
+
+}  // namespace
+
+QELXVARDOSLRDObject::QELXVARDOSLRDObject() = default;
+
+QELXVARDOSLRDObject::QELXVARDOSLRDObject(const ZYMIDOMNode_var& cadobject) {
+  const ZYMIDOMElement_var element(cadobject);
+  if (element.IsNull()) {
+    return;
+  }
+  physicalId_ = Attribute(element, Word::Phid);
+  GetLocalFileStamp(element, objectChangeStamp_);
+  ceStamp_ = Attribute(element, Word::CEStamp);
+  cadId_ = Attribute(element, Word::CadId);
+  hashcode_ = Attribute(element, Word::Hashcode);
+  if (Attribute(element, Word::Selected) == Word::True || Attribute(element, Word::Download) == Word::True) {
+    selectedFlag_ = Word::True;
+  }
+  mxType_ = Attribute(element, Word::MxType);
+  type_ = Attribute(element, Word::Type);
+
+  const ZYMUnicodeString fileName = Attribute(element, Word::FileName);
+  const QELVARDOSPath folder = Attribute(element, Word::DirName);
+  objectFile_ = folder / fileName;
+  recordFolder_ = folder / FileName::RecordFolder;
+  recordFile_ = recordFolder_ / (fileName + FileName::RecordSuffix);
+}
+
+QELXVARDOSLRDObject::~QELXVARDOSLRDObject() {
+  ReleaseLater(children_);
+  ReleaseLater(parentRelationships_);
+  ReleaseLater(childRelationships_);
+  ReleaseLater(relatedChildren_);
+}
+
+HRESULT QELXVARDOSLRDObject::GetLocalFileStamp(const ZYMIDOMElement_var& element, ZYMUnicodeString& stamp) {
+  const Step step(Trace, "QELXVARDOSLRDObject::GetLocalFileStamp");
+  const ZYMUnicodeString fileName = Attribute(element, Word::FileName);
+  const QELVARDOSPath file =
+      fileName.IsEmpty() ? QELVARDOSPath() : QELVARDOSPath(Attribute(element, Word::DirName)) / fileName;
+  stamp = FileStamp(file);
+  Trace.Write("FileStamp for file : ", file.ToString(), " is : ", stamp);
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDObject::Initialize(const ZYMIDOMNode_var& node) {
+  const Step step(Trace, "QELXVARDOSLRDObject::Initialize");
+  writeFlag_ = false;
+  stateFlag_ = false;
+  const ZYMIDOMElement_var element(node);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  ReadRequiredText(element, Word::Phid, physicalId_);
+  ReadRequiredText(element, Word::ObjectChangeStamp, objectChangeStamp_);
+  ReadRequiredText(element, Word::CEStamp, ceStamp_);
+  ReadRequiredText(element, Word::Hashcode, hashcode_);
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
+  const Step step(Trace, "QELXVARDOSLRDObject::GetXMLFormat");
+  ZYMIDOMDocument_var document;
+  ZYMIDOMElement_var object;
+  HRESULT status = UntilFailure([&] { return CreateDocument(Word::Object, document, object); },
+                                [&] { return AddPhysicalIdNode(document, object); },
+                                [&] { return AddObjectChangeStampNode(document, object); },
+                                [&] { return AddCEStampNode(document, object); },
+                                [&] { return AddHashcodeNode(document, object); });
+
+  QELXIVARDOSLRDObject_varList path(visited);
+  path.Append(QELXIVARDOSLRDObject_var(this));
+  for (const QELXIVARDOSLRDObject_var& child : children_) {
+    if (visited.Locate(child) != 0) {
+      continue;
+    }
+    if (SUCCEEDED(status) && child->GetWriteFlag()) {
+      ZYMIDOMElement_var nested;
+      status = child->GetXMLFormat(path, nested);
+      if (SUCCEEDED(status) && nested) {
+        ZYMIDOMNode_var appended;
+        object->appendChild(nested, appended);
+      }
+    }
+    // Inside the loop on purpose: a plain record without children hands out no element.
+    element = object;
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDObject::CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
+                                            ZYMIDOMElement_var& root) {
+  ZYMIXMLDOMDocumentBuilder_var builder;
+  ZYMIDOMNode_var appended;
+  return UntilFailure([&] { return CreateZYMIXMLDOMDocumentBuilder(builder, XML4C); },
+                      [&] { return builder->CreateDocument(document); },
+                      [&] { return document->createElement(rootName, root); },
+                      [&] { return document->appendChild(root, appended); });
+}
+
+HRESULT QELXVARDOSLRDObject::CreateTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
+                                            const ZYMIDOMDocument_var& document, ZYMIDOMElement_var& element) {
+  const Step step(Trace, "QELXVARDOSLRDObject::CreateTextNode");
+  ZYMIDOMText_var text;
+  ZYMIDOMNode_var appended;
+  return step.Return(UntilFailure([&] { return document->createElement(tag, element); },
+                                  [&] { return document->createTextNode(value, text); },
+                                  [&] { return element->appendChild(text, appended); }));
+}
+
+HRESULT QELXVARDOSLRDObject::AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
+                                         const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+  ZYMIDOMElement_var added;
+  ZYMIDOMNode_var appended;
+  const HRESULT status = UntilFailure([&] { return CreateTextNode(tag, value, document, added); },
+                                      [&] { return parent->appendChild(added, appended); });
+  Trace.Write(tag, " node added with value : ", value);
+  return status;
+}
+
+HRESULT QELXVARDOSLRDObject::AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+  const Step step(Trace, "QELXVARDOSLRDObject::AddPhysicalIdNode");
+  return step.Return(AddTextNode(Word::Phid, physicalId_, document, parent));
+}
+
+HRESULT QELXVARDOSLRDObject::AddObjectChangeStampNode(const ZYMIDOMDocument_var& document,
+                                                      const ZYMIDOMElement_var& parent) {
+  const Step step(Trace, "QELXVARDOSLRDObject::AddObjectChangeStampNode");
+  return step.Return(AddTextNode(Word::ObjectChangeStamp, objectChangeStamp_, document, parent));
+}
+
+HRESULT QELXVARDOSLRDObject::AddCEStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+  const Step step(Trace, "QELXVARDOSLRDObject::AddCEStampNode");
+  return step.Return(AddTextNode(Word::CEStamp, ceStamp_, document, parent));
+}
+
+HRESULT QELXVARDOSLRDObject::AddHashcodeNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+  const Step step(Trace, "QELXVARDOSLRDObject::AddHashcodeNode");
+  return step.Return(AddTextNode(Word::Hashcode, hashcode_, document, parent));
+}
+
+void QELXVARDOSLRDObject::SetLRDFilePath(const QELVARDOSPath& path) {
+  recordFile_ = path;
+  recordFolder_ = path.GetDirName();
+}
+
+const ZYMUnicodeString& QELXVARDOSLRDObject::GetId() const { return Empty; }
+
+void QELXVARDOSLRDObject::AddParentRelationship(const QELXIVARDOSLRDObject_var& relationship) {
+  parentRelationships_.Append(relationship);
+}
+
+void QELXVARDOSLRDObject::AddChildRelationship(const QELXIVARDOSLRDObject_var& relationship) {
+  childRelationships_.Append(relationship);
+}
+
+HRESULT QELXVARDOSLRDObject::ComputeObjectChangeStamp(ZYMUnicodeString& stamp) {
+  const Step step(Trace, "QELXVARDOSLRDObject::ComputeObjectChangeStamp");
+  stamp = FileStamp(objectFile_);
+  if (!stamp.IsEmpty()) {
+    objectChangeStamp_ = stamp;
+  }
+  Trace.Write("Object Change stamp computed : ", stamp);
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDObject::GetRootDocument(ZYMIDOMDocument_var& document) {
+  const Step step(Trace, "QELXVARDOSLRDObject::GetRootDocument");
+  ZYMIDOMDocument_var created;
+  ZYMIDOMElement_var object;
+  const HRESULT status = CreateDocument(Word::Object, created, object);
+  if (SUCCEEDED(status)) {
+    document = created;
+  }
+  return step.Return(status);
+}
+
+// Depth first with a stack of its own, since callers may build chains of any length. A record that was searched without
+// success is not searched again, so a record on its own path ends the search there and shared records cost nothing.
+HRESULT QELXVARDOSLRDObject::GetChildObject(const ZYMUnicodeString& id, QELXIVARDOSLRDObject_var& record) {
+  const Step step(Trace, "QELXVARDOSLRDObject::GetChildObject");
+  struct Position {
+    QELXIVARDOSLRDObject_varList::const_iterator next;
+    QELXIVARDOSLRDObject_varList::const_iterator end;
+  };
+  const auto below = [](const QELXIVARDOSLRDObject& parent) {
+    const QELXIVARDOSLRDObject_varList& children = parent.GetChildren();
+    return Position{children.begin(), children.end()};
+  };
+  std::unordered_set<const QELXIVARDOSLRDObject*> searched{this};
+  std::vector<Position> path{below(*this)};
+  while (!path.empty()) {
+    if (path.back().next == path.back().end) {
+      path.pop_back();
+      continue;
+    }
+    const QELXIVARDOSLRDObject_var& child = *path.back().next++;
+    if (child->GetId() == id) {
+      record = child;
+      return step.Return(S_OK);
+    }
+    if (child->GetChildren().Size() != 0 && searched.insert(child.Get()).second) {
+      path.push_back(below(*child));
+    }
+  }
+  return step.Return(E_FAIL);
+}
+
+void QELXVARDOSLRDObject::AddChild(const ZYMBaseUnknown_var& child) {
+  children_.Append(QELXIVARDOSLRDObject_var(child));
+}
+
+HRESULT QELXVARDOSLRDObject::CopyFromLRDObject(const QELXIVARDOSLRDObject_var& other) {
+  const Step step(Trace, "QELXVARDOSLRDObject::CopyFromLRDObject");
+  physicalId_ = other->GetPhysicalId();
+  objectChangeStamp_ = other->GetObjectChangeStamp();
+  ceStamp_ = other->GetCEStamp();
+  cadId_ = other->GetCadId();
+  hashcode_ = other->GetHashcode();
+  mxType_ = other->GetMxType();
+  type_ = other->GetType();
+  recordFolder_ = other->GetLRDFolderPath();
+  recordFile_ = other->GetLRDFilePath();
+  objectFile_ = other->GetObjectFilePath();
+  writeFlag_ = other->GetWriteFlag();
+  children_ = other->GetChildren();
+  typeClasses_ = other->GetTypeClasses();
+  selectedFlag_ = other->GetSelectedFlag();
+  return step.Return(S_OK);
+}
+
+void QELXVARDOSLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& other) {
+  const Step step(Trace, "QELXVARDOSLRDObject::updateLRDObject");
+  physicalId_ = other->GetPhysicalId();
+  ceStamp_ = other->GetCEStamp();
+  Trace.Write("physicaid : ", physicalId_, "CEStamp : ", ceStamp_, " Updated");
+}
+
+HRESULT QELXVARDOSLRDObject::GetChildLRDObject(QELXIVARDOSLRDObject_var& /*record*/) {
+  return Step(Trace, "QELXVARDOSLRDObject::GetChildLRDObject").Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDObject::GetCompositionLRDObject(QELXIVARDOSLRDObject_var& /*record*/) {
+  return Step(Trace, "QELXVARDOSLRDObject::GetCompositionLRDObject").Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDObject::UpdateLRDObjectFromXML(const ZYMIDOMNode_var& /*element*/) {
+  return Step(Trace, "QELXVARDOSLRDObject::UpdateLRDObjectFromXML").Return(S_OK);
+}
+
+void QELXVARDOSLRDObject::AddCompositionObject(const QELXIVARDOSLRDObject_var& /*record*/) {}
+
+HRESULT QELXVARDOSLRDObject::updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObject_var& other) {
+  // The step carries the name of the class that the operation was made for.
+  const Step step(Trace, "QELXVARDOSFullLRDObject_V4::updateLRDObjectCEStampOnly");
+  ceStamp_ = other->GetCEStamp();
+  return step.Return(S_OK);
+}
+
+void QELXVARDOSLRDObject::ReadText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag,
+                                   ZYMUnicodeString& value) {
+  if (const ZYMIDOMElement_var found = FirstElement(element, tag); found) {
+    TakeText(found, value);
+  }
+}
+
+void QELXVARDOSLRDObject::ReadRequiredText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag,
+                                           ZYMUnicodeString& value) {
+  TakeText(FirstElement(element, tag), value);
+}
+
+void QELXVARDOSLRDObject::ReleaseLater(QELXIVARDOSLRDObject_varList& records) noexcept {
+  if (records.Size() == 0) {
+    return;
+  }
+  if (pendingReleases != nullptr) {
+    MoveInto(*pendingReleases, records);
+    return;
+  }
+  PendingReleases pending;
+  pendingReleases = &pending;
+  MoveInto(pending, records);
+  while (!pending.empty()) {
+    const QELXIVARDOSLRDObject_var record = std::move(pending.back());
+    pending.pop_back();
+  }
+  pendingReleases = nullptr;
+}

@@ -1,0 +1,40 @@
+#include "xmlhandlers/QELXVARDOSLRDCheckoutExPathXMLHandler.h"
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/ZYMFillDictionary.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckoutExPathXMLHandler, QELXVARDOSLRDXMLHandler)
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+}  // namespace
+
+QELXVARDOSLRDCheckoutExPathXMLHandler::QELXVARDOSLRDCheckoutExPathXMLHandler(
+    const QELIVARDOSGlobalConfigObject_var& config)
+    : QELXVARDOSLRDXMLHandler(config) {}
+
+HRESULT QELXVARDOSLRDCheckoutExPathXMLHandler::GetLRDObjects(const ZYMIDOMNode_var& root, RecordMap& records) {
+  const Step step(Trace, "QELXVARDOSLRDCheckoutExPathXMLHandler::GetLRDObjects");
+  const ZYMIDOMElement_var element(root);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  const InfoSearch found = FindInfo(element);
+  return step.Return(found.info ? ReadCadObjectNode(found.info, records) : found.item);
+}
+
+HRESULT QELXVARDOSLRDCheckoutExPathXMLHandler::CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
+                                                                 const RecordMap& records) {
+  const Step step(Trace, "QELXVARDOSLRDCheckoutExPathXMLHandler::CreateOrUpdateLRD");
+  // The response is read for what reading it raises and traces; the caller's records are what is written.
+  RecordMap answered;
+  GetLRDObjects(root, answered);
+  WriteSelected(records);
+  return step.Return(S_OK);
+}

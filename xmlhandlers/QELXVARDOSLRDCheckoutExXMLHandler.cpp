@@ -1,0 +1,41 @@
+#include "xmlhandlers/QELXVARDOSLRDCheckoutExXMLHandler.h"
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/ZYMFillDictionary.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckoutExXMLHandler, QELXVARDOSLRDXMLHandler)
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+}  // namespace
+
+QELXVARDOSLRDCheckoutExXMLHandler::QELXVARDOSLRDCheckoutExXMLHandler(const QELIVARDOSGlobalConfigObject_var& config)
+    : QELXVARDOSLRDXMLHandler(config) {}
+
+HRESULT QELXVARDOSLRDCheckoutExXMLHandler::GetLRDObjects(const ZYMIDOMNode_var& root, RecordMap& records) {
+  const Step step(Trace, "QELXVARDOSLRDCheckoutExXMLHandler::GetLRDObjects");
+  const ZYMIDOMElement_var element(root);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  const InfoSearch found = FindInfo(element);
+  if (found.info) {
+    QELXVARDOSLRDXMLHandler::GetLRDObjects(found.info, records);
+  }
+  return step.Return(found.item);
+}
+
+HRESULT QELXVARDOSLRDCheckoutExXMLHandler::CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
+                                                             const RecordMap& /*records*/) {
+  const Step step(Trace, "QELXVARDOSLRDCheckoutExXMLHandler::CreateOrUpdateLRD");
+  RecordMap answered;
+  const HRESULT status = GetLRDObjects(root, answered);
+  WriteSelected(answered);
+  return step.Return(status);
+}

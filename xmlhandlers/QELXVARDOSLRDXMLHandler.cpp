@@ -1,0 +1,540 @@
+#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSFileTransaction.h"
+#include "platform/QELVARDOSPathUtils.h"
+#include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMCheckFailure.h"
+#include "platform/ZYMFillDictionary.h"
+#include "records/Dom.h"
+#include "records/QELXVARDOSLRDConstants.h"
+#include "records/QELXVARDOSLRDFactory.h"
+
+ZYM_DEFINE_COMPONENT(QELXVARDOSLRDXMLHandler, QELXIVARDOSLRDXMLHandler)
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using Record = QELXIVARDOSLRDObject_var;
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+const ZYMUnicodeStringList ParserOptions{"ZYMDoValidation"};
+const ZYMUnicodeStringList ParserValues{"false"};
+const ZYMUnicodeStringList WriterOptions{"ZYMEncoding"};
+const ZYMUnicodeStringList WriterValues{"UTF-8"};
+
+constexpr int DeepestNesting = 256;
+
+bool HasTypeClass(const Record& record, const ZYMUnicodeString& typeClass) {
+  return record->GetTypeClasses().Locate(typeClass) != 0;
+}
+
+bool IsSelected(const Record& record) { return record->GetSelectedFlag().Matches(Word::UpperTrue); }
+
+// A name that a server sent must not lead out of the record folder.
+bool LeavesRecordFolder(const ZYMUnicodeString& path) {
+  std::string_view rest = path.View();
+  bool inside = false;
+  while (!rest.empty()) {
+    const std::size_t slash = rest.find('/');
+    const std::string_view part = rest.substr(0, slash);
+    if (inside && part == "..") {
+      return true;
+    }
+    inside = inside || part == FileName::RecordFolder.View();
+    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
+  }
+  return false;
+}
+
+}  // namespace
+
+QELXVARDOSLRDXMLHandler::QELXVARDOSLRDXMLHandler() { CreateBuilder(44); }
+
+QELXVARDOSLRDXMLHandler::QELXVARDOSLRDXMLHandler(const QELIVARDOSGlobalConfigObject_var& config) : config_(config) {
+  CreateBuilder(52);
+}
+
+QELXVARDOSLRDXMLHandler::~QELXVARDOSLRDXMLHandler() = default;
+
+// The line that the report names is fixed for each constructor, so that support finds the same place in every build.
+void QELXVARDOSLRDXMLHandler::CreateBuilder(int line) {
+  if (FAILED(CreateZYMIXMLDOMDocumentBuilder(builder_, XML4C))) {
+    ZYMReportCheckFailure("ExpressionCheck:SUCCEEDED(::CreateZYMIXMLDOMDocumentBuilder(_DocumentBuilder))",
+                          "QELXVARDOSLRDXMLHandler", line);
+  }
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::CreateOrUpdateLRD(const ZYMIDOMNode_var& /*root*/, const RecordMap& /*records*/) {
+  return Step(Trace, "QELXVARDOSLRDXMLHandler::CreateOrUpdateLRD").Return(E_NOTIMPL);
+}
+
+/// Reads the records of one document.
+class QELXVARDOSLRDXMLHandler::RecordReader {
+ public:
+  explicit RecordReader(ZYMUnicodeString version) : version_(std::move(version)) {}
+
+  /// The record of an element with all that is nested in it; null for an element that holds none. A nesting that is too
+  /// deep clears IsWithinDepth.
+  Record Read(const ZYMIDOMElement_var& element, int depth = 0) {
+    Record record;
+    factory_.GetLRDObjectFromLRDFile(element, version_, record);
+    if (record) {
+      ForEachChildElement(element, [this, &record, depth](const ZYMIDOMElement_var& child) {
+        const ZYMUnicodeString name = NodeName(child);
+        return !IsRecordElement(name) || AddNested(record, child, name, depth + 1);
+      });
+    }
+    return record;
+  }
+
+  bool IsWithinDepth() const { return withinDepth_; }
+
+ private:
+  static bool IsRecordElement(const ZYMUnicodeString& name) {
+    return name == Word::Object || name == Word::Structure || name == Word::Rel || name == Word::Composition;
+  }
+
+  bool AddNested(const Record& parent, const ZYMIDOMElement_var& element, const ZYMUnicodeString& name, int depth) {
+    withinDepth_ = withinDepth_ && depth <= DeepestNesting;
+    if (!withinDepth_) {
+      return false;
+    }
+    const Record nested = Read(element, depth);
+    if (nested) {
+      parent->AddChild(nested);
+      if (name == Word::Rel) {
+        parent->AddChildRelationship(nested);
+      } else if (name == Word::Structure) {
+        parent->AddRelatedChild(nested);
+      }
+    }
+    return withinDepth_;
+  }
+
+  QELXVARDOSLRDFactory factory_;
+  ZYMUnicodeString version_;
+  bool withinDepth_ = true;
+};
+
+HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::ReadLRDFile");
+  const auto failed = [&step](HRESULT status) {
+    QELVARDOSSystemUtils::LogZYMGetLastError(status);
+    Trace.Write("Failed in ZYMIXMLDOMDocumentBuilder::Parse");
+    return step.Return(E_FAIL);
+  };
+  ZYMIDOMDocument_var document;
+  const HRESULT parsed = builder_->Parse(path, ParserOptions, ParserValues, document);
+  if (FAILED(parsed) || document.IsNull()) {
+    return failed(parsed);
+  }
+  ZYMIDOMElement_var root;
+  if (const HRESULT status = document->getDocumentElement(root); FAILED(status)) {
+    return step.Return(status);
+  }
+  if (root.IsNull()) {
+    return step.Return(parsed);
+  }
+  const ZYMUnicodeString version = Attribute(root, Word::Version);
+  Trace.Write("LRDVersion : ", version);
+
+  RecordReader reader(version);
+  const Record read = reader.Read(root);
+  if (!reader.IsWithinDepth()) {
+    QELVARDOSSystemUtils::SetLastError(path.Str() + ": records are nested too deep");
+    return failed(E_FAIL);
+  }
+  if (read) {
+    record = read;
+  }
+  return step.Return(parsed);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::WriteToFile");
+  QELVARDOSFileTransaction transaction;
+  const auto commit = [&transaction] {
+    for (const QELVARDOSFileTransaction::Failure& failure : transaction.Commit()) {
+      Trace.Write("Failed to write file : ", failure.path, " : ", failure.error.message());
+    }
+  };
+  try {
+    for (const Record& record : records) {
+      WriteRecord(record, transaction);
+    }
+  } catch (...) {
+    // The records before the one that raised are written, as if each had been written in its turn.
+    commit();
+    throw;
+  }
+  commit();
+  return step.Return(S_OK);
+}
+
+void QELXVARDOSLRDXMLHandler::WriteRecord(const QELXIVARDOSLRDObject_var& record,
+                                          QELVARDOSFileTransaction& transaction) {
+  ZYMIDOMElement_var element;
+  const HRESULT status = record->GetXMLFormat(QELXIVARDOSLRDObject_varList(), element);
+  const ZYMUnicodeString path = record->GetLRDFilePath();
+  Trace.Write("Wrinting into file : ", path);
+  if (LeavesRecordFolder(path)) {
+    Trace.Write("Refused to leave the record folder : ", path);
+    transaction.Refuse(path.Str(), std::make_error_code(std::errc::operation_not_permitted));
+    return;
+  }
+  if (FAILED(status)) {
+    transaction.Refuse(path.Str(), std::make_error_code(std::errc::io_error));
+    return;
+  }
+  if (element && FAILED(builder_->Write(element, path, WriterOptions, WriterValues))) {
+    Trace.Write("Failed to write file : ", QELVARDOSSystemUtils::LastError());
+    transaction.Refuse(path.Str(), std::make_error_code(std::errc::invalid_argument));
+  }
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& records) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder");
+  HRESULT status = S_OK;
+  // Records of one folder come together; it is looked at once.
+  ZYMUnicodeString present;
+  for (const Record& record : records) {
+    if (!IsSelected(record) || HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE)) {
+      continue;
+    }
+    const ZYMUnicodeString folder = record->GetLRDFolderPath();
+    if (LeavesRecordFolder(folder)) {
+      Trace.Write("Refused to leave the record folder : ", folder);
+      continue;
+    }
+    if ((!folder.IsEmpty() && folder == present) || QELVARDOSPathUtils::IsDir(folder)) {
+      Trace.Write("Directory is already on disc: ", folder);
+      present = folder;
+      continue;
+    }
+    status = QELVARDOSPathUtils::MakeDirs(folder);
+    if (FAILED(status)) {
+      Trace.Write("Failed to create directory: ", folder);
+      continue;
+    }
+    Trace.Write("Directory Created : ", folder);
+    QELVARDOSPathUtils::HideFolder(folder);
+    Trace.Write("Directory is marked hidden : ", folder);
+    present = folder;
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::GetLRDObjects(const ZYMIDOMNode_var& root, RecordMap& records) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::GetLRDObjects");
+  ReadCadObjectNode(root, records);
+  RecordMap relationships;
+  HRESULT status = ReadRelationshipListNode(root, relationships);
+  if (SUCCEEDED(status)) {
+    status = PrepareStructure(root, records, relationships);
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::ReadCadObjectNode(const ZYMIDOMNode_var& root, RecordMap& records) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::ReadCadObjectNode");
+  if (const ZYMIDOMElement_var element(root); element) {
+    if (const ZYMIDOMElement_var list = FirstElement(element, Word::CadObjectList); list) {
+      GetCadIdLrdObject(root, list, records);
+      PrepareComposition(records);
+    }
+  }
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::ReadRelationshipListNode(const ZYMIDOMNode_var& root, RecordMap& relationships) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::ReadRelationshipListNode");
+  HRESULT status = S_OK;
+  if (const ZYMIDOMElement_var element(root); element) {
+    if (const ZYMIDOMElement_var list = FirstElement(element, Word::RelationshipList); list) {
+      status = GetCadIdLrdObject(root, list, relationships);
+    }
+  }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::GetCadIdLrdObject(const ZYMIDOMNode_var& root, const ZYMIDOMNode_var& list,
+                                                   RecordMap& out) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::GetCadIdLrdObject");
+  if (list.IsNull()) {
+    return step.Return(S_OK);
+  }
+  QELXVARDOSLRDFactory factory;
+  ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
+    if (!IsDerivedOutputLike(object)) {
+      Record record;
+      factory.GetLRDObject(config_, root, object, record);
+      if (record) {
+        out.Insert(record->GetCadId(), record);
+      }
+    }
+    return true;
+  });
+  return step.Return(S_OK);
+}
+
+bool QELXVARDOSLRDXMLHandler::IsDerivedOutputLike(const ZYMIDOMElement_var& element) {
+  using namespace QELXVARDOSLRDConstants;
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::IsDerivedOutputLike");
+  const ZYMUnicodeString type = Attribute(element, Word::TypeOfDerivedOutput);
+  const ZYMUnicodeString relationshipType = Attribute(element, Word::CadRelationship);
+  const auto typeIs = [&](const ZYMUnicodeString& category) { return config_->IsTypeInCategory(type, category); };
+  const auto relationshipIs = [&](const ZYMUnicodeString& category) {
+    return config_->IsRelTypeInCategory(relationshipType, category);
+  };
+  bool derived = false;
+  if (!type.IsEmpty()) {
+    derived = typeIs(TYPE_DERIVED_OUTPUT_LIKE) || typeIs(TYPE_DO_DOCUMENT_LIKE) || typeIs(TYPE_VISUALIZATION_LIKE) ||
+              typeIs(TYPE_BREP_LIKE);
+  } else if (!relationshipType.IsEmpty()) {
+    derived = relationshipIs(REL_DERIVED_OUTPUT_LIKE) || relationshipIs(REL_DO_DOCUMENT_LIKE) ||
+              relationshipIs(REL_VISUALIZATION_LIKE) || relationshipIs(REL_BREP_LIKE);
+  }
+  return step.Return(derived ? 1 : 0) != 0;
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::PrepareComposition(const RecordMap& records) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::PrepareComposition");
+  for (const RecordMap::Entry& entry : records) {
+    Record composition;
+    entry.second->GetCompositionLRDObject(composition);
+    if (composition) {
+      for (const ZYMUnicodeString& member : composition->GetCompositionList()) {
+        records[member]->AddChild(composition);
+      }
+    }
+  }
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::PrepareStructure(const ZYMIDOMNode_var& root, const RecordMap& records,
+                                                  const RecordMap& relationships) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::PrepareStructure");
+  const ZYMIDOMElement_var element(root);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  ZYMIDOMNodeList_var found;
+  if (const HRESULT status = element->getElementsByTagName(Word::Structure, found); FAILED(status)) {
+    return step.Return(status);
+  }
+  ZYMIDOMNode_var first;
+  found->item(0, first);
+  const ZYMIDOMElement_var structure(first);
+  if (structure.IsNull()) {
+    return step.Return(S_OK);
+  }
+  HRESULT status = S_OK;
+  const auto buildBelow = [&](const ZYMIDOMElement_var& group) {
+    ForEachChild(group, [&](const ZYMIDOMNode_var& object) {
+      status = BuildStructureUnderNode(object, root, records, relationships);
+      return SUCCEEDED(status);
+    });
+  };
+  const ZYMIDOMElement_var active = FirstElement(structure, Word::Active);
+  const ZYMIDOMElement_var family = FirstElement(structure, Word::Family);
+  if (active.IsNull()) {
+    buildBelow(structure);
+  } else {
+    buildBelow(active);
+    if (family && SUCCEEDED(status)) {
+      buildBelow(family);
+    }
+  }
+  return step.Return(status);
+}
+
+/// Walks a structure depth first with a stack of its own, since its depth is the server's to choose. Every level knows the
+/// first "relationship" below it by the time it is left, so that no subtree is searched twice.
+class QELXVARDOSLRDXMLHandler::StructureWalk {
+ public:
+  StructureWalk(QELXVARDOSLRDXMLHandler& handler, const RecordMap& records, const RecordMap& relationships)
+      : handler_(handler), records_(records), relationships_(relationships) {}
+
+  /// Links all that stands below top. Answers the first "relationship" below it, or null.
+  ZYMIDOMElement_var Run(const ZYMIDOMNode_var& top) {
+    Enter(top);
+    for (;;) {
+      if (levels_.back().next < levels_.back().count) {
+        VisitNextChild();
+        continue;
+      }
+      const Level left = std::move(levels_.back());
+      levels_.pop_back();
+      Step::Close(Trace, S_OK);
+      if (levels_.empty()) {
+        return left.relationship;
+      }
+      LinkToParent(left);
+    }
+  }
+
+ private:
+  struct Level {
+    ZYMIDOMNode_var node;
+    ZYMIDOMNodeList_var children;
+    int count = 0;
+    int next = 0;
+    ZYMIDOMElement_var relationship;
+  };
+
+  void Enter(const ZYMIDOMNode_var& node) {
+    const Step step(Trace, "QELXVARDOSLRDXMLHandler::BuildStructureUnderNode");
+    Level level;
+    level.node = node;
+    node->getChildNodes(level.children);
+    if (level.children) {
+      level.children->getLength(level.count);
+    }
+    levels_.push_back(std::move(level));
+  }
+
+  void VisitNextChild() {
+    Level& level = levels_.back();
+    ZYMIDOMNode_var child;
+    level.children->item(level.next++, child);
+    const ZYMUnicodeString name = NodeName(child);
+    if (!name.Matches(Word::CadObject)) {
+      if (level.relationship.IsNull()) {
+        level.relationship = RelationshipAtOrBelow(child, name);
+      }
+      return;
+    }
+    const Step step(Trace, "QELXVARDOSLRDXMLHandler::Build");
+    Enter(child);
+  }
+
+  void LinkToParent(const Level& left) {
+    Level& parent = levels_.back();
+    handler_.Link(ZYMIDOMElement_var(left.node), parent.node, left.relationship, records_, relationships_);
+    if (parent.relationship.IsNull()) {
+      parent.relationship = left.relationship;
+    }
+    Step::Close(Trace, S_OK);
+  }
+
+  static ZYMIDOMElement_var RelationshipAtOrBelow(const ZYMIDOMNode_var& node, const ZYMUnicodeString& name) {
+    const ZYMIDOMElement_var element(node);
+    if (element.IsNull() || name == Word::Relationship) {
+      return element;
+    }
+    return FirstElement(element, Word::Relationship);
+  }
+
+  QELXVARDOSLRDXMLHandler& handler_;
+  const RecordMap& records_;
+  const RecordMap& relationships_;
+  std::vector<Level> levels_;
+};
+
+HRESULT QELXVARDOSLRDXMLHandler::BuildStructureUnderNode(const ZYMIDOMNode_var& node, const ZYMIDOMNode_var& /*outer*/,
+                                                         const RecordMap& records, const RecordMap& relationships) {
+  StructureWalk(*this, records, relationships).Run(node);
+  return S_OK;
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::Build(const ZYMIDOMNode_var& object, const ZYMIDOMNode_var& parent,
+                                       const RecordMap& records, const RecordMap& relationships) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::Build");
+  if (SUCCEEDED(BuildStructureUnderNode(object, parent, records, relationships))) {
+    createRelationship(object, parent, records, relationships);
+  }
+  return step.Return(S_OK);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::createRelationship(const ZYMIDOMNode_var& object, const ZYMIDOMNode_var& parent,
+                                                    const RecordMap& records, const RecordMap& relationships) {
+  const ZYMIDOMElement_var element(object);
+  return Link(element, parent, element ? FirstElement(element, Word::Relationship) : ZYMIDOMElement_var(), records,
+              relationships);
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::Link(const ZYMIDOMElement_var& object, const ZYMIDOMNode_var& parent,
+                                      const ZYMIDOMElement_var& relationship, const RecordMap& records,
+                                      const RecordMap& relationships) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::createRelationship");
+  if (object.IsNull() || relationship.IsNull()) {
+    return step.Return(S_OK);
+  }
+  const ZYMUnicodeString objectId = Attribute(object, Word::CadId);
+  const ZYMUnicodeString parentId = Attribute(ZYMIDOMElement_var(parent), Word::CadId);
+  const Record link = relationships[Attribute(relationship, Word::Rid)];
+  if (link.IsNull()) {
+    return E_FAIL;
+  }
+  Record above;
+  ZYMUnicodeString childId;
+  const ZYMUnicodeString topNode = link->GetTopNode();
+  if (topNode.Matches(Word::Dpt)) {
+    above = records[parentId];
+    childId = objectId;
+  } else if (topNode.Matches(Word::Dpe)) {
+    // The direction is reversed: the object stands above the node that encloses it.
+    above = records[objectId];
+    childId = parentId;
+  }
+  const Record full = childId.IsEmpty() ? Record() : records[childId];
+  Record child;
+  if (full) {
+    full->GetChildLRDObject(child);
+  }
+  if (above.IsNull() || child.IsNull()) {
+    return E_FAIL;
+  }
+  above->AddChild(link);
+  above->AddChild(child);
+  link->AddChild(child);
+  child->AddParentRelationship(link);
+  above->AddChildRelationship(link);
+  above->AddRelatedChild(child);
+
+  Record composition;
+  full->GetCompositionLRDObject(composition);
+  if (composition) {
+    for (const ZYMUnicodeString& memberId : composition->GetCompositionList()) {
+      const Record member = records[memberId];
+      if (member->GetChildren().Locate(composition) == 0) {
+        member->AddChild(link);
+        member->AddChild(child);
+      }
+    }
+  }
+  return step.Return(S_OK);
+}
+
+QELXVARDOSLRDXMLHandler::InfoSearch QELXVARDOSLRDXMLHandler::FindInfo(const ZYMIDOMElement_var& root) {
+  InfoSearch result;
+  ZYMIDOMNodeList_var found;
+  result.search = root->getElementsByTagName(Word::Info, found);
+  if (found) {
+    result.item = found->item(0, result.info);
+  }
+  return result;
+}
+
+void QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
+  QELXIVARDOSLRDObject_varList selected;
+  for (const RecordMap::Entry& entry : records) {
+    const Record& record = entry.second;
+    if (IsSelected(record) && !HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE) &&
+        !HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_KORVANTHEMIX_LIKE)) {
+      ZYMUnicodeString stamp;
+      record->ComputeObjectChangeStamp(stamp);
+      selected.Append(record);
+    }
+  }
+  CreateAndHideLRDFolder(selected);
+  WriteToFile(selected);
+}
