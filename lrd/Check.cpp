@@ -1,0 +1,112 @@
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "lrd/Command.h"
+#include "lrd/Console.h"
+#include "lrd/HostError.h"
+#include "lrd/Progress.h"
+#include "lrd/RecordFiles.h"
+#include "lrd/RecordReader.h"
+#include "platform/QELVARDOSFileTransaction.h"
+
+namespace lrd {
+
+namespace {
+
+const char* Lead(RecordFault fault) {
+  switch (fault) {
+    case RecordFault::Unreadable:
+      return "not readable: ";
+    case RecordFault::NotWellFormed:
+      return "not well-formed: ";
+    case RecordFault::Incomplete:
+      return "incomplete: ";
+    default:
+      return "";
+  }
+}
+
+/// Goes through the record files of folder after folder and prints what is wrong.
+class Checker {
+ public:
+  void CheckFolder(const CadFolder& folder) {
+    for (const std::string& name : folder.recordFolder) {
+      if (QELVARDOSFileTransaction::IsTemporaryName(name)) {
+        Report(folder.RecordFolderPath() + "/" + name, "left-over temporary file");
+      }
+    }
+    const auto objects = folder.NewestObjectFiles(Naming::Either);
+    for (const std::string& record : folder.Records()) {
+      const std::string file = RecordFileOf(folder.path, record);
+      CheckRecord(file);
+      if (!objects.contains(record)) {
+        Report(file, "its object file is gone");
+      }
+    }
+  }
+
+  void Report(const std::string& file, const std::string& finding) {
+    Print(Printable(file + ": " + finding) + "\n");
+    ++findings_;
+  }
+
+  std::size_t Findings() const noexcept { return findings_; }
+  std::size_t Records() const noexcept { return records_; }
+
+ private:
+  void CheckRecord(const std::string& file) {
+    ++records_;
+    const RecordReading reading = reader_.Read(file);
+    if (reading.fault != RecordFault::None) {
+      Report(file, Lead(reading.fault) + reading.reason);
+      return;
+    }
+    const std::string& phid = reading.record->GetPhysicalId().Str();
+    if (phid.empty()) {
+      return;
+    }
+    if (const auto [first, isNew] = owners_.emplace(phid, file); !isNew) {
+      Report(file, "has the physical id " + phid + " of " + first->second);
+    }
+  }
+
+  RecordReader reader_;
+  std::map<std::string, std::string> owners_;
+  std::size_t records_ = 0;
+  std::size_t findings_ = 0;
+};
+
+std::string Counted(std::size_t count, const char* what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+int CheckFolders(const std::vector<std::string>& folders) {
+  Checker checker;
+  Progress progress;
+  WalkCadFolders(
+      folders,
+      [&](const CadFolder& folder) {
+        checker.CheckFolder(folder);
+        progress.Tell(Counted(checker.Records(), "record") + " read");
+      },
+      [&](const std::string& path, const std::string& reason) { checker.Report(path, "not readable: " + reason); });
+  Print(Counted(checker.Records(), "record") + ", " + Counted(checker.Findings(), "finding") + "\n");
+  return checker.Findings() == 0 ? Done : ModuleRefused;
+}
+
+}  // namespace
+
+Run PrepareCheck(CLI::App& arguments) {
+  const auto folders = std::make_shared<std::vector<std::string>>();
+  arguments.add_option("FOLDER", *folders, "Folders of CAD files.")->required()->option_text(" ");
+  arguments.footer(
+      "Reported, a line each: a record file that cannot be read, is not well-formed, lacks an element that a record "
+      "must\n"
+      "have or holds no record of a known format version; one whose object file is gone; a left-over temporary file; "
+      "a\n"
+      "physical id that an earlier record has too.");
+  return [folders] { return CheckFolders(*folders); };
+}
+
+}  // namespace lrd

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace lrd {
+
+/// Writes to standard output. Answers false once nobody reads it any more; what follows is then passed over, so a
+/// command may stop early or go on. Any other failure to write ends the command.
+bool Print(std::string_view text);
+/// Hands everything printed so far to the system.
+void FlushPrinted();
+/// A line on standard error, with the program's name before it.
+void Complain(std::string_view message);
+
+/// The text with its control characters written as \n, \t or \xNN: what comes from a file must not steer the terminal.
+std::string Printable(std::string_view text);
+
+enum class Colour { None, Green, Yellow, Red };
+/// The text in that colour, on a terminal that shows colours and unless NO_COLOR is set.
+std::string Coloured(std::string_view text, Colour colour);
+
+}  // namespace lrd

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "platform/QELVARDOSFileLayer.h"
+
+namespace lrd {
+
+/// Answers every change as the disk would, and makes it in memory alone: files and folders made here are seen by
+/// whoever looks through this layer, and gone with it.
+class DryRunLayer : public QELVARDOSFileLayerFilter {
+ public:
+  using QELVARDOSFileLayerFilter::QELVARDOSFileLayerFilter;
+
+  QELVARDOSFileFacts Stat(const std::string& path) override;
+  std::error_code Read(const std::string& path, std::string& bytes) override;
+  std::error_code List(const std::string& folder, std::vector<std::string>& names) override;
+  std::error_code MakeFolder(const std::string& path) override;
+  std::error_code HideFolder(const std::string& path) override;
+  std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override;
+  std::error_code MakeDurable(const std::vector<std::string>& paths) override;
+  std::error_code Rename(const std::string& from, const std::string& to) override;
+  std::error_code Remove(const std::string& path) override;
+
+ private:
+  std::error_code RefusalInFolderOf(const std::string& path);
+
+  std::set<std::string> folders_;
+  std::map<std::string, std::string> files_;
+  /// What is on the disk and would be there no more.
+  std::set<std::string> removed_;
+};
+
+}  // namespace lrd

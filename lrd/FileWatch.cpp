@@ -1,0 +1,24 @@
+#include "lrd/FileWatch.h"
+
+namespace lrd {
+
+FileWatch::FileWatch(QELVARDOSFileLayer& watched)
+    : QELVARDOSFileLayerFilter(watched), before_(QELVARDOSFileLayer::Use(this)) {}
+
+FileWatch::~FileWatch() { QELVARDOSFileLayer::Use(before_); }
+
+std::error_code FileWatch::Read(const std::string& path, std::string& bytes) {
+  lastRead_ = path;
+  return QELVARDOSFileLayerFilter::Read(path, bytes);
+}
+
+void FileWatch::Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) {
+  if (outcome == QELVARDOSReplacement::Failed) {
+    failed_.emplace(path, error.message());
+  } else {
+    settled_.insert(path);
+  }
+  QELVARDOSFileLayerFilter::Replaced(path, outcome, error);
+}
+
+}  // namespace lrd

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "platform/QELVARDOSFileLayer.h"
+
+namespace lrd {
+
+/// Puts itself before a file layer as long as it lives, and remembers what the module did there.
+class FileWatch : public QELVARDOSFileLayerFilter {
+ public:
+  explicit FileWatch(QELVARDOSFileLayer& watched = QELVARDOSFileLayer::System());
+  ~FileWatch() override;
+
+  std::error_code Read(const std::string& path, std::string& bytes) override;
+  void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override;
+
+  /// The file that was read last; empty before the first.
+  const std::string& LastRead() const noexcept { return lastRead_; }
+  /// The files that hold what they were to hold.
+  const std::set<std::string>& Settled() const noexcept { return settled_; }
+  /// The files that could not be replaced, with the reason.
+  const std::map<std::string, std::string>& Failed() const noexcept { return failed_; }
+
+ private:
+  QELVARDOSFileLayer* before_;
+  std::string lastRead_;
+  std::set<std::string> settled_;
+  std::map<std::string, std::string> failed_;
+};
+
+}  // namespace lrd

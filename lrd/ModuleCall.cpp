@@ -1,0 +1,63 @@
+#include "lrd/ModuleCall.h"
+
+#include <array>
+#include <cstdio>
+
+#include "lrd/XmlFile.h"
+#include "platform/QELVARDOSSystemUtils.h"
+
+namespace lrd {
+
+namespace {
+
+std::string InHexadecimal(HRESULT status) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "0x%08x", static_cast<unsigned>(status));
+  return text.data();
+}
+
+std::string Reason(const FileWatch& watch) {
+  const std::string& reason = QELVARDOSSystemUtils::LastError();
+  return reason.empty() ? watch.LastRead() : reason;
+}
+
+}  // namespace
+
+ModuleAnswer CallModule(const char* operation, const std::string& what, const FileWatch& watch,
+                        const std::function<HRESULT()>& call) {
+  QELVARDOSSystemUtils::SetLastError("");
+  try {
+    ModuleAnswer answer{call(), {}};
+    if (answer.IsRefusal()) {
+      const std::string reason = Reason(watch);
+      answer.refusal =
+          std::string(operation) + ": " + InHexadecimal(answer.status) + (reason.empty() ? "" : " (" + reason + ")");
+    }
+    return answer;
+  } catch (const ZYMNullHandleError& error) {
+    const std::string reading = watch.LastRead().empty() ? "" : ", reading " + watch.LastRead();
+    throw HostError(NullHandle, what + reading + ": " + error.what());
+  }
+}
+
+void RequireModule(const char* operation, const std::string& what, const FileWatch& watch,
+                   const std::function<HRESULT()>& call) {
+  const ModuleAnswer answer = CallModule(operation, what, watch, call);
+  if (answer.IsRefusal()) {
+    throw HostError(ModuleRefused, answer.refusal);
+  }
+}
+
+QELXIVARDOSRecognitionHandler_var RecognitionHandlerFor(QELXVARDOSRecognitionFactory factory,
+                                                        const Configuration& configuration,
+                                                        const ZYMIDOMElement_var& root, const std::string& command) {
+  QELXIVARDOSRecognitionHandler_var handler;
+  factory.GetRecognitionHandler(command.empty() ? AttributeOf(root, "cname") : command, configuration.object, root,
+                                handler);
+  if (handler.IsNull()) {
+    throw HostError(ModuleRefused, "no recognition handler serves <" + NameOf(root) + ">");
+  }
+  return handler;
+}
+
+}  // namespace lrd

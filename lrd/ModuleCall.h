@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "component/QELXIVARDOSRecognitionHandler.h"
+#include "lrd/Configuration.h"
+#include "lrd/FileWatch.h"
+#include "lrd/HostError.h"
+#include "platform/HRESULT.h"
+#include "platform/ZYMNullHandleError.h"
+
+namespace lrd {
+
+/// How one operation of the module ended.
+struct ModuleAnswer {
+  HRESULT status = S_OK;
+  /// For a negative status: operation, status in hexadecimal and, where known, the file and what is wrong with it.
+  std::string refusal;
+
+  bool IsRefusal() const noexcept { return FAILED(status); }
+};
+
+/// Calls one operation. what tells the user what is being done and with which file; the module's null-handle error ends
+/// the command with it and with the record file that was read last.
+ModuleAnswer CallModule(const char* operation, const std::string& what, const FileWatch& watch,
+                        const std::function<HRESULT()>& call);
+/// The same; a negative status ends the command.
+void RequireModule(const char* operation, const std::string& what, const FileWatch& watch,
+                   const std::function<HRESULT()>& call);
+
+/// The handler for a tree: command, or the "cname" of the root when command is empty. A tree that no handler serves
+/// ends the command.
+QELXIVARDOSRecognitionHandler_var RecognitionHandlerFor(QELXVARDOSRecognitionFactory factory,
+                                                        const Configuration& configuration,
+                                                        const ZYMIDOMElement_var& root, const std::string& command);
+
+}  // namespace lrd

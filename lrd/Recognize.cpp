@@ -1,0 +1,96 @@
+#include <cstdio>
+#include <map>
+#include <memory>
+
+#include "lrd/Command.h"
+#include "lrd/Console.h"
+#include "lrd/ModuleCall.h"
+#include "lrd/XmlFile.h"
+
+namespace lrd {
+
+namespace {
+
+struct Options {
+  std::string request;
+  std::string configuration;
+  std::string command;
+  std::string output;
+  bool update = false;
+  bool summary = false;
+};
+
+using NoCache = ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico;
+
+/// "120 objects: 97 EXISTS, 20 MODIFIED, 3 UNKNOWN"
+void PrintSummary(const ZYMIDOMElement_var& request) {
+  std::map<std::string, int> verdicts;
+  int objects = 0;
+  if (const ZYMIDOMElement_var list = FirstBelow(request, "cadobjectlist")) {
+    for (const ZYMIDOMElement_var& object : ChildElementsOf(list)) {
+      ++verdicts[AttributeOf(object, "status")];
+      ++objects;
+    }
+  }
+  std::string line = std::to_string(objects) + (objects == 1 ? " object" : " objects");
+  const char* separator = ": ";
+  int counted = 0;
+  for (const char* verdict : {"EXISTS", "MODIFIED", "UNKNOWN"}) {
+    line += separator + std::to_string(verdicts[verdict]) + " " + verdict;
+    counted += verdicts[verdict];
+    separator = ", ";
+  }
+  if (counted < objects) {
+    line += ", " + std::to_string(objects - counted) + " without a verdict";
+  }
+  std::fputs((line + "\n").c_str(), stderr);
+}
+
+ModuleAnswer CallHandler(const Options& options, const Configuration& configuration,
+                         const ZYMIDOMElement_var& request) {
+  const FileWatch watch;
+  const QELXIVARDOSRecognitionHandler_var handler =
+      RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
+  QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
+  ModuleAnswer answer = CallModule("Recognize", "recognising " + options.request, watch,
+                                   [&] { return handler->Recognize(request, records); });
+  if (options.update && !answer.IsRefusal()) {
+    answer = CallModule("UpdateRequestAndLRDObjects", "updating " + options.request, watch,
+                        [&] { return handler->UpdateRequestAndLRDObjects(request, records, NoCache()); });
+  }
+  return answer;
+}
+
+int RecognizeRequest(const Options& options) {
+  const XmlOutput output(options.output);
+  const Configuration configuration = ReadConfiguration(options.configuration);
+  const ZYMIDOMDocument_var document = ParseXml(options.request);
+  const ZYMIDOMElement_var request = RootOf(document);
+  const ModuleAnswer answer = CallHandler(options, configuration, request);
+  // What was recognised before a refusal stands.
+  output.Write(document);
+  if (answer.IsRefusal()) {
+    Complain(answer.refusal);
+  }
+  if (options.summary) {
+    PrintSummary(request);
+  }
+  return answer.IsRefusal() ? ModuleRefused : Done;
+}
+
+}  // namespace
+
+Run PrepareRecognize(CLI::App& arguments) {
+  const auto options = std::make_shared<Options>();
+  arguments.add_option("REQUEST", options->request, "The request, an XML file.")->required()->option_text(" ");
+  arguments.add_option("--config", options->configuration, "The configuration file.")->required()->option_text("FILE");
+  arguments.add_option("--command", options->command, "The command's name; the request's \"cname\" when left out.")
+      ->option_text("NAME");
+  arguments.add_flag("--update", options->update, "Also put file names, hash codes and types into the request.");
+  arguments.add_option("-o", options->output, "Replace OUT by the result; standard output when left out or -.")
+      ->option_text("OUT");
+  arguments.add_flag("--summary", options->summary, "Count the verdicts on standard error.");
+  return [options] { return RecognizeRequest(*options); };
+}
+
+}  // namespace lrd

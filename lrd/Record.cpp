@@ -1,0 +1,118 @@
+#include <memory>
+
+#include "lrd/Command.h"
+#include "lrd/Console.h"
+#include "lrd/DryRunLayer.h"
+#include "lrd/ModuleCall.h"
+#include "lrd/XmlFile.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
+
+namespace lrd {
+
+namespace {
+
+using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+struct Options {
+  std::string response;
+  std::string request;
+  std::string configuration;
+  std::string command;
+  bool dryRun = false;
+};
+
+/// Only a check-in updates the records of a request; every other response makes its own.
+bool AnswersCheckIn(const ZYMIDOMElement_var& response) {
+  return NameOf(response) == "response" && ZYMUnicodeString(AttributeOf(response, "cname")).Compare("checkinEx") != 0;
+}
+
+void RequireFittingRequest(const Options& options, const ZYMIDOMElement_var& response) {
+  if (AnswersCheckIn(response) && options.request.empty()) {
+    throw HostError(UnusableInput, options.response + " answers a checkinEx command: --request is required");
+  }
+  if (!AnswersCheckIn(response) && !options.request.empty()) {
+    throw HostError(UnusableInput, options.response + " does not answer a checkinEx command: --request is not allowed");
+  }
+}
+
+QELXIVARDOSLRDXMLHandler_var ResponseHandler(const Options& options, const Configuration& configuration,
+                                             const ZYMIDOMElement_var& response) {
+  QELXIVARDOSLRDXMLHandler_var handler;
+  QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(configuration.object, response, handler);
+  if (handler.IsNull()) {
+    throw HostError(ModuleRefused, options.response + ": no handler serves <" + NameOf(response) + " cname=\"" +
+                                       AttributeOf(response, "cname") + "\">");
+  }
+  return handler;
+}
+
+void TakeRecordsOfRequest(const Options& options, const Configuration& configuration, const ZYMIDOMElement_var& request,
+                          const FileWatch& watch, RecordMap& records) {
+  const QELXIVARDOSRecognitionHandler_var handler =
+      RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
+  RequireModule("Recognize", "recognising " + options.request, watch,
+                [&] { return handler->Recognize(request, records); });
+  const ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico noCache;
+  RequireModule("UpdateRequestAndLRDObjects", "updating " + options.request, watch,
+                [&] { return handler->UpdateRequestAndLRDObjects(request, records, noCache); });
+}
+
+ModuleAnswer UpdateRecords(const Options& options, const Configuration& configuration,
+                           const ZYMIDOMElement_var& response, const FileWatch& watch, const RecordMap& records) {
+  const QELXIVARDOSRecognitionHandler_var handler =
+      RecognitionHandlerFor(QELXVARDOSRecognitionFactory(), configuration, response, options.command);
+  return CallModule("CreateOrUpdateLRD", "recording " + options.response, watch,
+                    [&] { return handler->CreateOrUpdateLRD(response, records); });
+}
+
+int Report(const FileWatch& watch, const ModuleAnswer& answer) {
+  for (const std::string& path : watch.Settled()) {
+    Print(path);
+    Print("\n");
+  }
+  for (const auto& [path, reason] : watch.Failed()) {
+    Complain(path + ": " + reason);
+  }
+  if (answer.IsRefusal()) {
+    Complain(answer.refusal);
+  }
+  return answer.IsRefusal() || !watch.Failed().empty() ? ModuleRefused : Done;
+}
+
+int RecordResponse(const Options& options) {
+  const Configuration configuration = ReadConfiguration(options.configuration);
+  const ZYMIDOMDocument_var responseDocument = ParseXml(options.response);
+  const ZYMIDOMElement_var response = RootOf(responseDocument);
+  RequireFittingRequest(options, response);
+  const ZYMIDOMElement_var request = options.request.empty() ? nullptr : RootOf(ParseXml(options.request));
+
+  DryRunLayer memory(QELVARDOSFileLayer::System());
+  const FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::System());
+  const QELXIVARDOSLRDXMLHandler_var handler = ResponseHandler(options, configuration, response);
+  RecordMap records;
+  if (request.IsNull()) {
+    RequireModule("GetLRDObjects", "reading " + options.response, watch,
+                  [&] { return handler->GetLRDObjects(response, records); });
+  } else {
+    TakeRecordsOfRequest(options, configuration, request, watch, records);
+  }
+  return Report(watch, UpdateRecords(options, configuration, response, watch, records));
+}
+
+}  // namespace
+
+Run PrepareRecord(CLI::App& arguments) {
+  const auto options = std::make_shared<Options>();
+  arguments.add_option("RESPONSE", options->response, "The server's response, an XML file.")
+      ->required()
+      ->option_text(" ");
+  arguments.add_option("--config", options->configuration, "The configuration file.")->required()->option_text("FILE");
+  arguments.add_option("--request", options->request, "The request that a checkinEx response answers.")
+      ->option_text("REQUEST");
+  arguments.add_option("--command", options->command, "The command's name; each tree's own \"cname\" when left out.")
+      ->option_text("NAME");
+  arguments.add_flag("--dry-run", options->dryRun, "Print the same lines and touch nothing.");
+  return [options] { return RecordResponse(*options); };
+}
+
+}  // namespace lrd

@@ -1,0 +1,161 @@
+#include "lrd/RecordFiles.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include "lrd/HostError.h"
+#include "platform/QELVARDOSFileTransaction.h"
+#include "platform/QELVARDOSPath.h"
+#include "platform/QELXVARDOSCreoUtil.h"
+
+namespace lrd {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* RecordFolder = ".KORVANTHEMIX";
+constexpr std::string_view RecordSuffix = ".xml";
+
+std::string Text(const fs::path& path) {
+  const std::u8string text = path.generic_u8string();
+  return {text.begin(), text.end()};
+}
+
+fs::path Native(const std::string& path) {
+  return path.empty() ? fs::path(".") : fs::path(std::u8string(path.begin(), path.end()));
+}
+
+bool IsHidden(const std::string& name) { return name.starts_with('.'); }
+
+/// Of two versions of one file, "part.prt.9" is older than "part.prt.10", and "part.prt" older than both.
+bool IsNewer(std::string_view version, std::string_view other) {
+  const auto digits = [](std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(".0"), text.size()));
+  };
+  const std::string_view a = digits(version);
+  const std::string_view b = digits(other);
+  return a.size() != b.size() ? a.size() > b.size() : a != b ? a > b : version.size() > other.size();
+}
+
+struct Listing {
+  std::set<std::string> files;
+  std::set<std::string> folders;
+  std::error_code error;
+};
+
+Listing List(const std::string& folder) {
+  Listing listing;
+  fs::directory_iterator entry(Native(folder), listing.error);
+  for (; !listing.error && entry != fs::directory_iterator(); entry.increment(listing.error)) {
+    std::error_code none;
+    if (entry->is_regular_file(none)) {
+      listing.files.insert(Text(entry->path().filename()));
+    } else if (entry->is_directory(none) && !entry->is_symlink(none)) {
+      listing.folders.insert(Text(entry->path().filename()));
+    }
+  }
+  return listing;
+}
+
+std::string Normal(const std::string& root) {
+  std::string path = Text(Native(root).lexically_normal());
+  if (path.size() > 1 && path.ends_with('/')) {
+    path.pop_back();
+  }
+  return path == "." ? "" : path;
+}
+
+bool IsRecordFolder(const std::string& path) { return QELVARDOSPath(path).GetFileName() == RecordFolder; }
+
+CadFolder WithRecords(const std::string& path, std::set<std::string> files) {
+  return {path, std::move(files), List(Join(path, RecordFolder)).files};
+}
+
+}  // namespace
+
+std::string Join(const std::string& folder, const std::string& name) {
+  return (QELVARDOSPath(folder) / QELVARDOSPath(name)).ToString().Str();
+}
+
+std::string RecordFileOf(const std::string& folder, const std::string& record) {
+  return Join(Join(folder, RecordFolder), record + std::string(RecordSuffix));
+}
+
+std::string CadFolder::RecordFolderPath() const { return Join(path, RecordFolder); }
+
+std::set<std::string> CadFolder::Records() const {
+  std::set<std::string> records;
+  for (const std::string& name : recordFolder) {
+    if (name.ends_with(RecordSuffix) && !QELVARDOSFileTransaction::IsTemporaryName(name)) {
+      records.insert(name.substr(0, name.size() - RecordSuffix.size()));
+    }
+  }
+  return records;
+}
+
+std::map<std::string, std::string> CadFolder::NewestObjectFiles(Naming naming) const {
+  std::map<std::string, std::string> newest;
+  for (const std::string& file : files) {
+    const bool whole = naming == Naming::Whole ||
+                       (naming == Naming::Either && recordFolder.contains(file + std::string(RecordSuffix)));
+    const std::string record = whole ? file : QELXVARDOSCreoUtil::fileNameWitoutVersion(file).Str();
+    std::string& known = newest[record];
+    if (known.empty() || IsNewer(file.substr(record.size()), known.substr(record.size()))) {
+      known = file;
+    }
+  }
+  return newest;
+}
+
+CadFolder ListCadFolder(const std::string& path) { return WithRecords(path, List(path).files); }
+
+void WalkCadFolders(const std::vector<std::string>& roots, const std::function<void(const CadFolder&)>& visit,
+                    const std::function<void(const std::string&, const std::string&)>& complain) {
+  std::set<std::string> ahead;
+  for (const std::string& root : roots) {
+    std::error_code error;
+    if (!fs::is_directory(Native(root), error)) {
+      throw HostError(UnusableInput, root + ": " + (error ? error.message() : "is not a folder"));
+    }
+    ahead.insert(Normal(root));
+  }
+  // What lies below a path sorts behind it, so one set of what is ahead visits every folder once and in order.
+  while (!ahead.empty()) {
+    const std::string path = *ahead.begin();
+    ahead.erase(ahead.begin());
+    if (IsRecordFolder(path)) {
+      visit(ListCadFolder(QELVARDOSPath(path).GetDirName().ToString().Str()));
+      continue;
+    }
+    Listing listing = List(path);
+    if (listing.error) {
+      complain(path, listing.error.message());
+      continue;
+    }
+    for (const std::string& name : listing.folders) {
+      if (!IsHidden(name)) {
+        ahead.insert(Join(path, name));
+      }
+    }
+    visit(WithRecords(path, std::move(listing.files)));
+  }
+}
+
+RecordPlace PlaceOf(const std::string& recordFile) {
+  const QELVARDOSPath file(recordFile);
+  const std::string name = file.GetFileName().Str();
+  QELVARDOSPath recordFolder = file.GetDirName();
+  QELVARDOSPath folder = recordFolder.GetDirName();
+  if (recordFolder.IsEmpty()) {
+    recordFolder = QELVARDOSPath(Text(fs::current_path()));
+    folder = "..";
+  }
+  if (!IsRecordFolder(recordFolder.ToString().Str()) || !name.ends_with(RecordSuffix)) {
+    return {};
+  }
+  return {folder.ToString().Str(), name.substr(0, name.size() - RecordSuffix.size())};
+}
+
+}  // namespace lrd

@@ -1,0 +1,189 @@
+#include <array>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "lrd/Command.h"
+#include "lrd/Console.h"
+#include "lrd/HostError.h"
+#include "lrd/RecordFiles.h"
+#include "lrd/RecordReader.h"
+#include "lrd/Times.h"
+#include "platform/QELVARDOSPathUtils.h"
+
+namespace lrd {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Options {
+  std::vector<std::string> files;
+  bool json = false;
+};
+
+struct Field {
+  const char* name;
+  ZYMUnicodeString (*read)(const QELXIVARDOSLRDObject& record);
+  /// Whether the field tells something of every record, even when it is empty.
+  bool isCore;
+};
+
+using Record = QELXIVARDOSLRDObject;
+
+constexpr std::array Fields = {
+    Field{"class", [](const Record& record) -> ZYMUnicodeString { return record.IsA(); }, true},
+    Field{"version", [](const Record& record) { return record.GetVersion(); }, true},
+    Field{"id", [](const Record& record) { return record.GetId(); }, false},
+    Field{"phid", [](const Record& record) { return record.GetPhysicalId(); }, true},
+    Field{"objectChangeStamp", [](const Record& record) { return record.GetObjectChangeStamp(); }, true},
+    Field{"ceStamp", [](const Record& record) { return record.GetCEStamp(); }, true},
+    Field{"macroceStamp", [](const Record& record) { return record.GetMacroCEStamp(); }, false},
+    Field{"xsStamp", [](const Record& record) { return record.GetXSStamp(); }, false},
+    Field{"hashcode", [](const Record& record) { return record.GetHashcode(); }, true},
+    Field{"childPhid", [](const Record& record) { return record.GetChildPhid(); }, false},
+};
+
+/// The object file of a record file, as it is now.
+struct ObjectFile {
+  /// Empty when there is none.
+  std::string path;
+  std::int64_t stamp = 0;
+  bool agrees = false;
+};
+
+class Viewer {
+ public:
+  ObjectFile ObjectFileOf(const std::string& recordFile, const QELXIVARDOSLRDObject_var& record) {
+    const RecordPlace place = PlaceOf(recordFile);
+    const auto& files = FilesIn(place.folder);
+    const auto found = place.record.empty() ? files.end() : files.find(place.record);
+    if (found == files.end()) {
+      return {};
+    }
+    ObjectFile object{Join(place.folder, found->second), 0, false};
+    object.stamp = QELVARDOSPathUtils::GetModificationTime(QELVARDOSPath(object.path));
+    object.agrees = std::to_string(object.stamp) == record->GetObjectChangeStamp().Str();
+    return object;
+  }
+
+ private:
+  /// A folder is listed once, however many of its records are shown.
+  const std::map<std::string, std::string>& FilesIn(const std::string& folder) {
+    const auto known = files_.find(folder);
+    return known != files_.end()
+               ? known->second
+               : files_.emplace(folder, ListCadFolder(folder).NewestObjectFiles(Naming::Either)).first->second;
+  }
+
+  std::map<std::string, std::map<std::string, std::string>> files_;
+};
+
+Json AsJson(const QELXIVARDOSLRDObject_var& record) {
+  Json json;
+  for (const Field& field : Fields) {
+    json[field.name] = field.read(*record).Str();
+  }
+  json["children"] = Json::array();
+  for (const QELXIVARDOSLRDObject_var& child : record->GetChildren()) {
+    json["children"].push_back(AsJson(child));
+  }
+  return json;
+}
+
+Json AsJson(const std::string& file, const QELXIVARDOSLRDObject_var& record, const ObjectFile& object) {
+  Json json{{"file", file}};
+  json.update(AsJson(record));
+  const bool there = !object.path.empty();
+  json["objectFile"] = there ? Json(object.path) : Json();
+  json["objectFileStamp"] = there ? Json(std::to_string(object.stamp)) : Json();
+  json["stampAgrees"] = there ? Json(object.agrees) : Json();
+  return json;
+}
+
+std::string Line(int depth, std::string_view label, const std::string& value) {
+  constexpr std::size_t LabelWidth = 19;
+  std::string line(static_cast<std::size_t>(depth) * 2, ' ');
+  line += label;
+  line.resize(std::max(line.size() + 1, static_cast<std::size_t>(depth) * 2 + LabelWidth), ' ');
+  return line + value + "\n";
+}
+
+std::string Readable(const Field& field, const std::string& value) {
+  const auto seconds = std::string_view(field.name) == "objectChangeStamp" ? SecondsOf(value) : std::nullopt;
+  return value.empty() ? "-" : Printable(value) + (seconds ? " (" + TimeText(*seconds) + ")" : "");
+}
+
+std::string InWords(const ObjectFile& object, const QELXIVARDOSLRDObject_var& record) {
+  if (object.path.empty()) {
+    return "gone, or the record lies in no record folder";
+  }
+  const std::string times = Printable(object.path) + ", " + TimeText(object.stamp) + ", ";
+  if (object.agrees) {
+    return times + "agrees with the record";
+  }
+  const auto recorded = SecondsOf(record->GetObjectChangeStamp().Str());
+  if (!recorded) {
+    return times + "the record has no stamp to compare with";
+  }
+  const std::int64_t difference = object.stamp - *recorded;
+  return times + DurationText(difference) + (difference > 0 ? " newer" : " older") + " than the record says";
+}
+
+void PrintFields(const QELXIVARDOSLRDObject_var& record, int depth) {
+  for (const Field& field : Fields) {
+    const std::string value = field.read(*record).Str();
+    if (!value.empty() || (depth == 1 && field.isCore)) {
+      Print(Line(depth, field.name, Readable(field, value)));
+    }
+  }
+}
+
+void PrintChildren(const QELXIVARDOSLRDObject_var& record, int depth) {
+  for (const QELXIVARDOSLRDObject_var& child : record->GetChildren()) {
+    Print("\n");
+    PrintFields(child, depth);
+    PrintChildren(child, depth + 1);
+  }
+}
+
+int ShowRecords(const Options& options) {
+  const RecordReader reader;
+  Viewer viewer;
+  Json shown = Json::array();
+  int status = Done;
+  for (const std::string& file : options.files) {
+    const RecordReading reading = reader.Read(file);
+    if (reading.fault != RecordFault::None) {
+      Complain(file + ": " + reading.reason);
+      status = ModuleRefused;
+      shown.push_back({{"file", file}, {"error", reading.reason}});
+      continue;
+    }
+    const ObjectFile object = viewer.ObjectFileOf(file, reading.record);
+    if (options.json) {
+      shown.push_back(AsJson(file, reading.record, object));
+      continue;
+    }
+    Print((&file == &options.files.front() ? "" : "\n") + Printable(file) + "\n");
+    PrintFields(reading.record, 1);
+    Print(Line(1, "object file", InWords(object, reading.record)));
+    PrintChildren(reading.record, 2);
+  }
+  if (options.json) {
+    Print(shown.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  }
+  return status;
+}
+
+}  // namespace
+
+Run PrepareShow(CLI::App& arguments) {
+  const auto options = std::make_shared<Options>();
+  arguments.add_option("RECORD", options->files, "Record files.")->required()->option_text(" ");
+  arguments.add_flag("--json", options->json, "Print one JSON document: an array with an object for each file.");
+  return [options] { return ShowRecords(*options); };
+}
+
+}  // namespace lrd

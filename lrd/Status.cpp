@@ -1,0 +1,281 @@
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <vector>
+
+#include "lrd/Command.h"
+#include "lrd/Configuration.h"
+#include "lrd/Console.h"
+#include "lrd/HostError.h"
+#include "lrd/Progress.h"
+#include "lrd/RecordFiles.h"
+#include "lrd/Times.h"
+#include "lrd/Verdicts.h"
+#include "platform/QELVARDOSPathUtils.h"
+
+namespace lrd {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Options {
+  std::vector<std::string> folders;
+  std::string configuration;
+  bool explain = false;
+  bool json = false;
+};
+
+struct Word {
+  char letter;
+  const char* status;
+  Colour colour;
+};
+
+const Word& WordFor(Verdict verdict) {
+  static constexpr std::array Words = {Word{'E', "EXISTS", Colour::Green}, Word{'M', "MODIFIED", Colour::Yellow},
+                                       Word{'?', "UNKNOWN", Colour::Red}, Word{'X', "DAMAGED", Colour::Red},
+                                       Word{'!', "GONE", Colour::Red}};
+  return Words.at(static_cast<std::size_t>(verdict));
+}
+
+/// Why the module decided so: every reason there is.
+enum class Why { StampsAgree, FileNewer, FileOlder, NoStamp, NoTime, NoRecord, StrangeRecord, Damaged, FileGone };
+
+const char* InWords(Why why) {
+  static constexpr std::array Reasons = {"stamps agree",
+                                         "file is newer than its record",
+                                         "file is older than its record",
+                                         "record has no stamp",
+                                         "record has a stamp that is no time",
+                                         "no record",
+                                         "record file without a record of a known version",
+                                         "record damaged",
+                                         "object file gone"};
+  return Reasons.at(static_cast<std::size_t>(why));
+}
+
+/// One object with what --explain tells of it.
+struct Explained {
+  Why why = Why::StampsAgree;
+  std::optional<std::int64_t> fileStamp;
+  std::optional<std::int64_t> recordStamp;
+};
+
+Why WhyModified(const CadObject& object, const Explained& stamps) {
+  if (object.recordStamp.empty()) {
+    return Why::NoStamp;
+  }
+  if (!stamps.recordStamp) {
+    return Why::NoTime;
+  }
+  return stamps.fileStamp < stamps.recordStamp ? Why::FileOlder : Why::FileNewer;
+}
+
+Why WhyDecided(const CadObject& object, const Explained& stamps) {
+  switch (object.verdict) {
+    case Verdict::Exists:
+      return Why::StampsAgree;
+    case Verdict::Modified:
+      return WhyModified(object, stamps);
+    case Verdict::Unknown:
+      return object.hasRecord ? Why::StrangeRecord : Why::NoRecord;
+    case Verdict::Damaged:
+      return Why::Damaged;
+    case Verdict::FileGone:
+      break;
+  }
+  return Why::FileGone;
+}
+
+Explained Explain(const CadObject& object) {
+  Explained explained;
+  if (object.verdict != Verdict::FileGone) {
+    explained.fileStamp = QELVARDOSPathUtils::GetModificationTime(QELVARDOSPath(object.path));
+  }
+  explained.recordStamp = SecondsOf(object.recordStamp);
+  explained.why = WhyDecided(object, explained);
+  return explained;
+}
+
+std::string InWords(const Explained& explained) {
+  std::string times;
+  if (explained.fileStamp) {
+    times = " (file " + TimeText(*explained.fileStamp);
+    if (explained.recordStamp) {
+      times += ", record " + TimeText(*explained.recordStamp) + ", difference " +
+               DurationText(*explained.fileStamp - *explained.recordStamp);
+    }
+    times += ")";
+  }
+  return InWords(explained.why) + times;
+}
+
+std::string Line(const CadObject& object, bool explain) {
+  const Word& word = WordFor(object.verdict);
+  std::string line = std::string(1, word.letter) + " " + Printable(object.path);
+  if (explain) {
+    line += ": " + InWords(Explain(object));
+  }
+  if (object.verdict == Verdict::Damaged) {
+    line += ": " + Printable(object.damage);
+  }
+  return Coloured(line, word.colour) + "\n";
+}
+
+struct Totals {
+  std::array<std::size_t, 5> counts{};
+
+  explicit Totals(const std::vector<CadObject>& objects) {
+    for (const CadObject& object : objects) {
+      ++counts.at(static_cast<std::size_t>(object.verdict));
+    }
+  }
+  std::size_t Of(Verdict verdict) const { return counts.at(static_cast<std::size_t>(verdict)); }
+  std::size_t Objects() const {
+    return Of(Verdict::Exists) + Of(Verdict::Modified) + Of(Verdict::Unknown) + Of(Verdict::Damaged);
+  }
+};
+
+std::string InWords(const Totals& totals) {
+  std::string line = std::to_string(totals.Objects()) + (totals.Objects() == 1 ? " object: " : " objects: ");
+  for (const Verdict verdict : {Verdict::Exists, Verdict::Modified, Verdict::Unknown, Verdict::Damaged}) {
+    line += std::to_string(totals.Of(verdict)) + " " + WordFor(verdict).status;
+    line += verdict == Verdict::Damaged ? "; " : ", ";
+  }
+  const std::size_t gone = totals.Of(Verdict::FileGone);
+  return line + std::to_string(gone) + (gone == 1 ? " record" : " records") + " without object file\n";
+}
+
+Json AsJson(const CadObject& object) {
+  const Explained explained = Explain(object);
+  Json json{{"path", object.path},
+            {"letter", std::string(1, WordFor(object.verdict).letter)},
+            {"status", WordFor(object.verdict).status},
+            {"reason", InWords(explained.why)}};
+  if (explained.fileStamp) {
+    json["fileStamp"] = *explained.fileStamp;
+    json["fileTime"] = TimeText(*explained.fileStamp);
+  }
+  if (explained.recordStamp) {
+    json["recordStamp"] = *explained.recordStamp;
+    json["recordTime"] = TimeText(*explained.recordStamp);
+    json["difference"] = *explained.fileStamp - *explained.recordStamp;
+  }
+  if (object.verdict == Verdict::Damaged) {
+    json["damage"] = object.damage;
+  }
+  return json;
+}
+
+Json AsJson(const std::vector<CadObject>& objects) {
+  Json json{{"objects", Json::array()}, {"totals", Json::object()}};
+  for (const CadObject& object : objects) {
+    json["objects"].push_back(AsJson(object));
+  }
+  const Totals totals(objects);
+  for (const Verdict verdict :
+       {Verdict::Exists, Verdict::Modified, Verdict::Unknown, Verdict::Damaged, Verdict::FileGone}) {
+    json["totals"][WordFor(verdict).status] = totals.Of(verdict);
+  }
+  return json;
+}
+
+/// What the folders hold.
+struct Found {
+  std::vector<CadObject> objects;
+  std::vector<CadObject> orphans;
+  bool isWhole = true;
+};
+
+void TakeFolder(const CadFolder& folder, Naming naming, Found& found) {
+  std::set<std::string> records = folder.Records();
+  for (const auto& [record, file] : folder.NewestObjectFiles(naming)) {
+    const bool hasRecord = records.erase(record) > 0;
+    if (hasRecord || !file.starts_with('.')) {
+      found.objects.push_back(
+          {Join(folder.path, file), folder.path, file, record, hasRecord, Verdict::Unknown, {}, {}});
+    }
+  }
+  for (const std::string& record : records) {
+    found.orphans.push_back({Join(folder.path, record), folder.path, record, record, true, Verdict::FileGone, {}, {}});
+  }
+}
+
+Found FindObjects(const Options& options, Naming naming, Progress& progress) {
+  Found found;
+  WalkCadFolders(
+      options.folders,
+      [&](const CadFolder& folder) {
+        TakeFolder(folder, naming, found);
+        progress.Tell(std::to_string(found.objects.size()) + " objects found");
+      },
+      [&](const std::string& path, const std::string& reason) {
+        Complain(path + ": " + reason);
+        found.isWhole = false;
+      });
+  return found;
+}
+
+std::vector<CadObject> Sorted(Found found) {
+  std::vector<CadObject> all = std::move(found.objects);
+  all.insert(all.end(), std::make_move_iterator(found.orphans.begin()), std::make_move_iterator(found.orphans.end()));
+  std::sort(all.begin(), all.end(), [](const CadObject& a, const CadObject& b) { return a.path < b.path; });
+  return all;
+}
+
+void PrintObjects(const std::vector<CadObject>& objects, const Options& options) {
+  if (options.json) {
+    Print(AsJson(objects).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    return;
+  }
+  for (const CadObject& object : objects) {
+    if (!Print(Line(object, options.explain))) {
+      return;
+    }
+  }
+  Print(InWords(Totals(objects)));
+}
+
+int TellStatus(const Options& options) {
+  const Configuration configuration = ReadConfiguration(options.configuration);
+  const Naming naming = configuration.object->GetCADName() == "CREO" ? Naming::Creo : Naming::Whole;
+  std::optional<Progress> progress(std::in_place);
+  Found found = FindObjects(options, naming, *progress);
+  const std::string total = " of " + std::to_string(found.objects.size()) + " objects recognised";
+  Decide(found.objects, configuration, [&](std::size_t decided) { progress->Tell(std::to_string(decided) + total); });
+  progress.reset();
+  const bool isWhole = found.isWhole;
+  const std::vector<CadObject> objects = Sorted(std::move(found));
+  PrintObjects(objects, options);
+  return isWhole && Totals(objects).Of(Verdict::Damaged) == 0 ? Done : ModuleRefused;
+}
+
+std::string Footer() {
+  std::string text =
+      "Every regular file below the folders counts as an object, but hidden files without a record and what lies in\n"
+      "hidden folders. For \"CREO\" of part.prt.1, part.prt.2 ... only the newest counts.\n\n"
+      "Letters: E exists, M modified, ? unknown to the server, X damaged record, ! record whose object file is "
+      "gone.\n\n"
+      "Reasons that --explain gives:\n";
+  for (int why = 0; why <= static_cast<int>(Why::FileGone); ++why) {
+    text += std::string("  ") + InWords(static_cast<Why>(why)) + "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+Run PrepareStatus(CLI::App& arguments) {
+  const auto options = std::make_shared<Options>();
+  arguments.add_option("FOLDER", options->folders, "Folders of CAD files.")->required()->option_text(" ");
+  arguments.add_option("--config", options->configuration, "The configuration file.")->required()->option_text("FILE");
+  arguments.add_flag("--explain", options->explain, "Add to each line why the module decided so.");
+  arguments.add_flag("--json", options->json, "Print one JSON document with the same facts.");
+  arguments.footer(Footer());
+  return [options] { return TellStatus(*options); };
+}
+
+}  // namespace lrd

@@ -1,0 +1,27 @@
+#include "lrd/Trace.h"
+
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+#include "lrd/Console.h"
+#include "lrd/HostError.h"
+#include "platform/QELVARDOSClientTrace.h"
+
+namespace lrd {
+
+Trace::Trace(const std::string& file) {
+  if (file == "-") {
+    QELVARDOSClientTrace::TurnOn([](std::string_view, std::string_view line) { Print(std::string(line) + "\n"); });
+  } else if (!file.empty()) {
+    file_.open(file, std::ios::binary);
+    if (!file_) {
+      throw HostError(UnusableInput, file + ": " + std::generic_category().message(errno));
+    }
+    QELVARDOSClientTrace::TurnOn([this](std::string_view, std::string_view line) { file_ << line << '\n'; });
+  }
+}
+
+Trace::~Trace() { QELVARDOSClientTrace::TurnOff(); }
+
+}  // namespace lrd

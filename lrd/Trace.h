@@ -1,0 +1,21 @@
+#pragma once
+
+#include <fstream>
+#include <string>
+
+namespace lrd {
+
+/// Keeps the trace channels on as long as it lives.
+class Trace {
+ public:
+  /// file: where the lines go, "-" for standard output; with an empty name tracing stays off.
+  explicit Trace(const std::string& file);
+  ~Trace();
+  Trace(const Trace&) = delete;
+  Trace& operator=(const Trace&) = delete;
+
+ private:
+  std::ofstream file_;
+};
+
+}  // namespace lrd

@@ -1,0 +1,135 @@
+#include "lrd/Verdicts.h"
+
+#include <algorithm>
+#include <span>
+
+#include "lrd/RecordFiles.h"
+#include "lrd/RecordReader.h"
+#include "lrd/XmlFile.h"
+#include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMNullHandleError.h"
+
+namespace lrd {
+
+namespace {
+
+constexpr const char* Command = "synclocalrecognition";
+constexpr std::size_t LargestRequest = 1024;
+
+/// A request for some objects, as the client would send it before a synchronisation.
+class Request {
+ public:
+  explicit Request(std::span<const CadObject> objects) {
+    MakeDocumentBuilder()->CreateDocument(document_);
+    root_ = Append(document_, "command");
+    root_->setAttribute("cname", Command);
+    const ZYMIDOMElement_var list = Append(root_, "cadobjectlist");
+    for (const CadObject& object : objects) {
+      const ZYMIDOMElement_var element = Append(list, "cadobject");
+      element->setAttribute("cadid", std::to_string(elements_.size() + 1));
+      element->setAttribute("filename", object.name);
+      element->setAttribute("dirname", object.folder);
+      elements_.push_back(element);
+    }
+  }
+
+  const ZYMIDOMElement_var& Root() const { return root_; }
+  const ZYMIDOMElement_var& operator[](std::size_t index) const { return elements_[index]; }
+  /// How many objects the module has written a verdict into; it goes through them in order.
+  std::size_t Decided() const {
+    const auto undecided = std::find_if(elements_.begin(), elements_.end(), [](const ZYMIDOMElement_var& element) {
+      return !HasAttribute(element, "status");
+    });
+    return static_cast<std::size_t>(undecided - elements_.begin());
+  }
+
+ private:
+  ZYMIDOMElement_var Append(const ZYMIDOMNode_var& parent, const char* name) const {
+    ZYMIDOMElement_var element;
+    ZYMIDOMNode_var appended;
+    document_->createElement(name, element);
+    parent->appendChild(element, appended);
+    return element;
+  }
+
+  ZYMIDOMDocument_var document_;
+  ZYMIDOMElement_var root_;
+  std::vector<ZYMIDOMElement_var> elements_;
+};
+
+void TakeVerdict(CadObject& object, const ZYMIDOMElement_var& element) {
+  const std::string status = AttributeOf(element, "status");
+  object.verdict = status == "EXISTS" ? Verdict::Exists : status == "MODIFIED" ? Verdict::Modified : Verdict::Unknown;
+  object.recordStamp = AttributeOf(element, "objectChangeStamp");
+}
+
+class Recogniser {
+ public:
+  explicit Recogniser(const Configuration& configuration) : configuration_(configuration) {}
+
+  /// Answers how many objects from the front are decided: all, or those up to the first damaged record, that one
+  /// included.
+  std::size_t DecideFront(std::span<CadObject> objects) {
+    const Request request(objects);
+    const std::size_t sound = SoundFront(request, objects.size());
+    for (std::size_t i = 0; i < sound; ++i) {
+      TakeVerdict(objects[i], request[i]);
+    }
+    if (sound == objects.size()) {
+      return sound;
+    }
+    Blame(objects[sound]);
+    return sound + 1;
+  }
+
+ private:
+  /// How many objects the module recognised before it met a record that it cannot take. A file that does not parse
+  /// stops it with the verdict on its object written, an incomplete record before that.
+  std::size_t SoundFront(const Request& request, std::size_t count) {
+    QELXIVARDOSRecognitionHandler_var handler;
+    QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
+    QELVARDOSSystemUtils::SetLastError("");
+    // A person asks what the records say, also when the client would send this very command without them.
+    QELXVARDOSRecognitionFactory().GetRecognitionHandler(Command, configuration_.object, request.Root(), handler);
+    try {
+      const HRESULT status = handler->Recognize(request.Root(), records);
+      const std::size_t decided = request.Decided();
+      return SUCCEEDED(status) ? count : decided - std::min<std::size_t>(decided, 1);
+    } catch (const ZYMNullHandleError& error) {
+      QELVARDOSSystemUtils::SetLastError(error.what());
+      return std::min(request.Decided(), count - 1);
+    }
+  }
+
+  void Blame(CadObject& object) const {
+    const std::string refusal = QELVARDOSSystemUtils::LastError();
+    const std::string file = RecordFileOf(object.folder, object.record);
+    const std::string reason = reader_.Read(file).reason;
+    object.verdict = Verdict::Damaged;
+    object.damage = reason.empty() ? refusal : file + ": " + reason;
+  }
+
+  const Configuration& configuration_;
+  RecordReader reader_;
+};
+
+}  // namespace
+
+void Decide(std::vector<CadObject>& objects, const Configuration& configuration,
+            const std::function<void(std::size_t decided)>& tell) {
+  Recogniser recogniser(configuration);
+  std::span<CadObject> rest(objects);
+  // Behind a damaged record the next request is small and grows again with each that goes through, so that even damage
+  // everywhere costs time in proportion to the number of objects.
+  std::size_t size = LargestRequest;
+  while (!rest.empty()) {
+    const std::size_t asked = std::min(size, rest.size());
+    const std::size_t decided = recogniser.DecideFront(rest.first(asked));
+    const bool sound = rest[decided - 1].verdict != Verdict::Damaged;
+    size = sound ? std::min(size * 2, LargestRequest) : 1;
+    rest = rest.subspan(decided);
+    tell(objects.size() - rest.size());
+  }
+}
+
+}  // namespace lrd

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "lrd/Configuration.h"
+
+namespace lrd {
+
+enum class Verdict { Exists, Modified, Unknown, Damaged, FileGone };
+
+/// One CAD object file below a folder, or a record whose file is gone.
+struct CadObject {
+  /// Of the file; without one, where it would be.
+  std::string path;
+  std::string folder;
+  /// The file's name; of a record without file the name that the record has.
+  std::string name;
+  /// The record's name; its file need not be there.
+  std::string record;
+  bool hasRecord = false;
+
+  Verdict verdict = Verdict::Unknown;
+  /// The stamp that the module found in the record; empty without one.
+  std::string recordStamp;
+  /// Of a damaged record: what is wrong with it.
+  std::string damage;
+};
+
+/// Asks the module for the verdict on every object. A damaged record costs its own object alone. tell learns how many
+/// objects are decided.
+void Decide(std::vector<CadObject>& objects, const Configuration& configuration,
+            const std::function<void(std::size_t decided)>& tell);
+
+}  // namespace lrd

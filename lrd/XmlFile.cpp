@@ -1,0 +1,157 @@
+#include "lrd/XmlFile.h"
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string_view>
+
+#include "lrd/Console.h"
+#include "lrd/HostError.h"
+#include "lrd/HostSystem.h"
+#include "platform/QELVARDOSFileLayer.h"
+#include "platform/QELVARDOSPath.h"
+#include "platform/QELVARDOSSystemUtils.h"
+
+namespace lrd {
+
+namespace {
+
+void Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string_view)>& sink) {
+  bool stopped = false;
+  const HRESULT status = MakeDocumentBuilder()->Serialize(node, [&](std::string_view text) {
+    stopped = !sink(text);
+    return !stopped;
+  });
+  if (FAILED(status) && !stopped) {
+    throw HostError(ModuleRefused, "writing the document: " + QELVARDOSSystemUtils::LastError());
+  }
+}
+
+/// A link stays a link: what it points at is replaced.
+std::string BehindLinks(const std::string& file) {
+  std::error_code none;
+  const std::filesystem::path resolved = std::filesystem::canonical(file, none);
+  return none ? file : resolved.string();
+}
+
+void RefuseWhereNoFileCanBe(const std::string& file) {
+  const std::string folder = QELVARDOSPath(file).GetDirName().ToString().Str();
+  const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(folder.empty() ? "." : folder);
+  if (facts.kind != QELVARDOSFileFacts::Kind::Folder) {
+    throw HostError(UnusableInput, file + ": there is no folder " + folder);
+  }
+  if (const std::error_code refusal = WouldRefuseFileIn(folder)) {
+    throw HostError(UnusableInput, file + ": " + refusal.message());
+  }
+}
+
+}  // namespace
+
+ZYMIXMLDOMDocumentBuilder_var MakeDocumentBuilder() {
+  ZYMIXMLDOMDocumentBuilder_var builder;
+  CreateZYMIXMLDOMDocumentBuilder(builder);
+  return builder;
+}
+
+ZYMIDOMDocument_var ParseXml(const std::string& file) {
+  ZYMIDOMDocument_var document;
+  if (FAILED(MakeDocumentBuilder()->Parse(file, {"ZYMDoValidation"}, {"false"}, document))) {
+    throw HostError(UnusableInput, QELVARDOSSystemUtils::LastError());
+  }
+  return document;
+}
+
+ZYMIDOMElement_var RootOf(const ZYMIDOMDocument_var& document) {
+  ZYMIDOMElement_var root;
+  document->getDocumentElement(root);
+  return root;
+}
+
+std::string NameOf(const ZYMIDOMElement_var& element) {
+  ZYMUnicodeString name;
+  element->getNodeName(name);
+  return name.Str();
+}
+
+std::string AttributeOf(const ZYMIDOMElement_var& element, const char* name) {
+  ZYMUnicodeString value;
+  element->getAttribute(name, value);
+  return value.Str();
+}
+
+bool HasAttribute(const ZYMIDOMElement_var& element, const char* name) {
+  bool present = false;
+  element->hasAttribute(name, present);
+  return present;
+}
+
+std::vector<ZYMIDOMElement_var> ChildElementsOf(const ZYMIDOMElement_var& element) {
+  ZYMIDOMNodeList_var children;
+  int length = 0;
+  element->getChildNodes(children);
+  children->getLength(length);
+  std::vector<ZYMIDOMElement_var> elements;
+  for (int i = 0; i < length; ++i) {
+    ZYMIDOMNode_var child;
+    children->item(i, child);
+    if (const ZYMIDOMElement_var childElement = child) {
+      elements.push_back(childElement);
+    }
+  }
+  return elements;
+}
+
+ZYMIDOMElement_var FirstBelow(const ZYMIDOMElement_var& element, const char* name) {
+  ZYMIDOMNodeList_var found;
+  ZYMIDOMNode_var first;
+  element->getElementsByTagName(name, found);
+  found->item(0, first);
+  return first;
+}
+
+// A tree answers whether an attribute is there, but not which ones are; its text does.
+std::vector<std::string> AttributeNamesOf(const ZYMIDOMElement_var& element) {
+  std::string text;
+  Serialize(element, [&text](std::string_view piece) {
+    text += piece;
+    return true;
+  });
+  const std::string start = "<" + NameOf(element);
+  std::vector<std::string> names;
+  std::size_t at = text.find_first_not_of(" \t\r\n", text.find(start) + start.size());
+  while (text[at] != '>' && text[at] != '/') {
+    const std::size_t quote = text.find_first_of("'\"", at);
+    names.push_back(text.substr(at, text.find_first_of(" \t\r\n=", at) - at));
+    at = text.find_first_not_of(" \t\r\n", text.find(text[quote], quote + 1) + 1);
+  }
+  return names;
+}
+
+XmlOutput::XmlOutput(const std::string& file) {
+  if (file.empty() || file == "-") {
+    return;
+  }
+  file_ = BehindLinks(file);
+  const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(file_);
+  if (facts.kind == QELVARDOSFileFacts::Kind::Folder) {
+    throw HostError(UnusableInput, file + ": is a folder");
+  }
+  isDevice_ = facts.kind == QELVARDOSFileFacts::Kind::Other;
+  if (!isDevice_) {
+    RefuseWhereNoFileCanBe(file_);
+  }
+}
+
+void XmlOutput::Write(const ZYMIDOMDocument_var& document) const {
+  if (file_.empty()) {
+    Serialize(document, Print);
+  } else if (isDevice_) {
+    // A device or a pipe is written to; only a file can be replaced.
+    std::ofstream device(file_, std::ios::binary);
+    Serialize(document, [&device](std::string_view text) { return static_cast<bool>(device << text); });
+  } else if (FAILED(MakeDocumentBuilder()->Write(document, file_, {"ZYMEncoding"}, {"UTF-8"}))) {
+    throw HostError(UnusableInput, QELVARDOSSystemUtils::LastError());
+  }
+}
+
+}  // namespace lrd

@@ -1,0 +1,77 @@
+#include <array>
+#include <exception>
+#include <string>
+
+#include "lrd/Command.h"
+#include "lrd/Console.h"
+#include "lrd/HostError.h"
+#include "lrd/HostSystem.h"
+#include "lrd/Trace.h"
+
+namespace lrd {
+
+namespace {
+
+constexpr std::array Commands = {
+    Command{"recognize", PrepareRecognize, "Write the module's verdict into every CAD object of a request."},
+    Command{"record", PrepareRecord, "Bring the record files up to date after a server's response."},
+    Command{"show", PrepareShow, "Print record files for people."},
+    Command{"status", PrepareStatus, "Tell for every CAD object file below folders what the module thinks of it."},
+    Command{"check", PrepareCheck, "Report what is wrong with the record files below folders."},
+};
+
+/// A wrong argument becomes a message in the program's own manner; help and version are printed as asked.
+int Answer(const CLI::App& program, const CLI::ParseError& parsed) {
+  if (parsed.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+    return program.exit(parsed);
+  }
+  if (program.get_subcommands().empty() && program.remaining_size() > 0) {
+    throw HostError(UnusableInput, "unknown command or option: " + program.remaining().front());
+  }
+  throw HostError(UnusableInput, std::string(parsed.what()) + " (lrd --help and lrd COMMAND --help tell more)");
+}
+
+int ParseAndRun(int argc, char** argv) {
+  CLI::App program("Recognises CAD objects from their local records, and keeps the records.", "lrd");
+  program.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  program.set_version_flag("--version", "lrd " LRD_VERSION);
+  std::string traceFile;
+  program.add_option("--trace", traceFile, "Write what the module does, line by line, to FILE; - for standard output.")
+      ->option_text("FILE");
+  program.require_subcommand(1);
+  Run chosen;
+  for (const Command& command : Commands) {
+    CLI::App* arguments = program.add_subcommand(command.name, command.help);
+    arguments->callback([&chosen, run = command.prepare(*arguments)] { chosen = run; });
+  }
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& parsed) {
+    return Answer(program, parsed);
+  }
+  const Trace trace(traceFile);
+  const int status = chosen();
+  FlushPrinted();
+  return status;
+}
+
+int RunProgram(int argc, char** argv) {
+  try {
+    return ParseAndRun(argc, argv);
+  } catch (const HostError& error) {
+    Complain(error.what());
+    return error.Status();
+  } catch (const std::exception& error) {
+    Complain(error.what());
+    return ModuleRefused;
+  }
+}
+
+}  // namespace
+
+}  // namespace lrd
+
+int main(int argc, char** argv) {
+  lrd::ReportBrokenPipes();
+  return lrd::RunProgram(argc, argv);
+}
