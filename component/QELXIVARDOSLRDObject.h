@@ -9,9 +9,9 @@
 
 /// A record: what the module remembers of one CAD object, of its place in a structure, or of a relationship.
 ///
-/// References that getters answer stay valid as long as the record lives and the field is not set. Time stamps are decimal
-/// strings of whole seconds since 1970-01-01 UTC. Handing in a null record raises ZYMNullHandleError where its fields are
-/// needed. Operations with a status answer 0 unless a DOM step fails; then they answer the DOM's status.
+/// References that getters answer stay valid as long as the record lives and the field is not set. Time stamps are
+/// decimal strings of whole seconds since 1970-01-01 UTC. Handing in a null record raises ZYMNullHandleError where its
+/// fields are needed. Operations with a status answer 0 unless a DOM step fails; then they answer the DOM's status.
 class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   ZYM_DECLARE_INTERFACE(QELXIVARDOSLRDObject);
 
@@ -66,7 +66,8 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   virtual ZYMUnicodeString GetMacroCEStamp() const = 0;
   /// Of a relationship from format "3.0" on: the physical id of its child object; else empty.
   virtual ZYMUnicodeString GetChildPhid() const = 0;
-  /// Of a full record made from a server's answer: "null" when the answer named no origin, empty for the platform's own.
+  /// Of a full record made from a server's answer: "null" when the answer named no origin, empty for the platform's
+  /// own.
   virtual ZYMUnicodeString GetCadOrigin() const = 0;
 
   /// Each keeps a reference to the record.
@@ -77,8 +78,8 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   virtual void AddRelatedChild(const QELXIVARDOSLRDObject_var& child) = 0;
   virtual const QELXIVARDOSLRDObject_varList& GetRelatedChildren() const = 0;
 
-  /// Takes the object file's modification time as the stamp and hands it out. Without a file the result is empty and the
-  /// record keeps the stamp that it had. Always 0.
+  /// Takes the object file's modification time as the stamp and hands it out. Without a file the result is empty and
+  /// the record keeps the stamp that it had. Always 0.
   virtual HRESULT ComputeObjectChangeStamp(ZYMUnicodeString& stamp) = 0;
   /// The record as an element of a new document, nested records included. visited: the records whose XML is being built
   /// around this one; they are not nested again. A plain record without children leaves element as it was; every other
@@ -98,7 +99,8 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   /// there is none; the status is 0 all the same.
   virtual HRESULT GetChildLRDObject(QELXIVARDOSLRDObject_var& record) = 0;
   virtual HRESULT GetCompositionLRDObject(QELXIVARDOSLRDObject_var& record) = 0;
-  /// Takes values from the attributes of an object's element; an absent attribute empties its value. Only full records do.
+  /// Takes values from the attributes of an object's element; an absent attribute empties its value. Only full records
+  /// do.
   virtual HRESULT UpdateLRDObjectFromXML(const ZYMIDOMNode_var& element) = 0;
   /// Gives a full record a child or composition record of its own object; keeps a reference. Others pass it over.
   virtual void AddCompositionObject(const QELXIVARDOSLRDObject_var& record) = 0;

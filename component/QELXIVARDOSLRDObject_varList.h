@@ -12,4 +12,5 @@ class ZYM_EXPORT QELXIVARDOSLRDObject_varList : public ZYMListValQELXIVARDOSLRDO
 };
 
 /// Null before any record; then by CAD id, physical id, hash code. Negative, 0 or positive.
-ZYM_EXPORT int QELXIVARDOSLRDObject_varSortCompare(const QELXIVARDOSLRDObject_var& a, const QELXIVARDOSLRDObject_var& b);
+ZYM_EXPORT int QELXIVARDOSLRDObject_varSortCompare(const QELXIVARDOSLRDObject_var& a,
+                                                   const QELXIVARDOSLRDObject_var& b);

@@ -8,9 +8,9 @@ class ZYM_EXPORT QELXIVARDOSLRDXMLHandler : public ZYMBaseUnknown {
   ZYM_DECLARE_INTERFACE(QELXIVARDOSLRDXMLHandler);
 
  public:
-  /// Reads a record file with its nested records. E_FAIL when it is missing, does not parse or is nested deeper than 256
-  /// records; record is as it was. A file that holds no record of a known kind or version: 0, and record is as it was.
-  /// Raises ZYMNullHandleError when an element that a record must have is missing.
+  /// Reads a record file with its nested records. E_FAIL when it is missing, does not parse or is nested deeper than
+  /// 256 records; record is as it was. A file that holds no record of a known kind or version: 0, and record is as it
+  /// was. Raises ZYMNullHandleError when an element that a record must have is missing.
   virtual HRESULT ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) = 0;
   /// Brings the record files on disk up to date after a response. records: the caller's, by CAD id; which of them are
   /// updated and written depends on the command. A handler that only reads answers E_NOTIMPL.

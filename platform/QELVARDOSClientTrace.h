@@ -18,8 +18,8 @@ class ZYM_EXPORT QELVARDOSClientTrace {
   /// Receives each line without its line end.
   using Sink = std::function<void(std::string_view channel, std::string_view line)>;
 
-  /// name and label must outlive the channel. output, bufferSize and flag are the framework's; where the lines go is the
-  /// host's decision alone.
+  /// name and label must outlive the channel. output, bufferSize and flag are the framework's; where the lines go is
+  /// the host's decision alone.
   QELVARDOSClientTrace(const char* name, const char* label, const char* output, int bufferSize, int flag);
   ~QELVARDOSClientTrace();
   QELVARDOSClientTrace(const QELVARDOSClientTrace&) = delete;
@@ -32,8 +32,8 @@ class ZYM_EXPORT QELVARDOSClientTrace {
   bool IsOn() const noexcept { return *on_; }
 #endif
 
-  /// Writes one message: literal text, strings, integers and handles (as the class name of the component), joined without
-  /// a gap. One line end at the end of a message is its own and not doubled.
+  /// Writes one message: literal text, strings, integers and handles (as the class name of the component), joined
+  /// without a gap. One line end at the end of a message is its own and not doubled.
   template <typename... Pieces>
   void Write(const Pieces&... pieces) const {
     if (IsOn()) {

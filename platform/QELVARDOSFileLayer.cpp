@@ -11,6 +11,10 @@ QELVARDOSFileLayer* layerInUse = nullptr;
 
 QELVARDOSFileLayer::~QELVARDOSFileLayer() = default;
 
+void QELVARDOSFileLayer::BeginLookups() {}
+
+void QELVARDOSFileLayer::EndLookups() {}
+
 void QELVARDOSFileLayer::Replaced(const std::string& /*path*/, QELVARDOSReplacement /*outcome*/,
                                   const std::error_code& /*error*/) {}
 

@@ -25,9 +25,9 @@ struct QELVARDOSFileFacts {
 /// What became of a file that was to be replaced.
 enum class QELVARDOSReplacement { Written, AlreadyTheSame, Failed };
 
-/// The one way to the disk: everything that the module reads, writes or asks of the file system goes through the layer in
-/// use. A test puts its own in front to fail, stop or record it; a host to run dry. Paths are UTF-8; the empty path does
-/// not exist. An error code that is false means success.
+/// The one way to the disk: everything that the module reads, writes or asks of the file system goes through the layer
+/// in use. A test puts its own in front to fail, stop or record it; a host to run dry. Paths are UTF-8; the empty path
+/// does not exist. An error code that is false means success.
 class ZYM_EXPORT QELVARDOSFileLayer {
  public:
   QELVARDOSFileLayer() = default;
@@ -41,11 +41,17 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   /// The names in a folder without "." and "..", in no order.
   virtual std::error_code List(const std::string& folder, std::vector<std::string>& names) = 0;
 
+  /// Between the two calls many files are looked up by Stat and Read, and the layer may keep folders open to find them
+  /// faster; it may not notice then that such a folder was replaced by another of its name. The calls nest. Both do
+  /// nothing here; use QELVARDOSFileLookups.
+  virtual void BeginLookups();
+  virtual void EndLookups();
+
   /// One level; a folder that exists is an error.
   virtual std::error_code MakeFolder(const std::string& path) = 0;
   virtual std::error_code HideFolder(const std::string& path) = 0;
-  /// Creates a file that must not exist yet, with these bytes; it need not be durable yet. mode: its permission bits; 0 for
-  /// those of a plainly created file. After an error no file is left.
+  /// Creates a file that must not exist yet, with these bytes; it need not be durable yet. mode: its permission bits; 0
+  /// for those of a plainly created file. After an error no file is left.
   virtual std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) = 0;
   /// Returns when the content of all these files would survive a loss of power. A file that is gone is passed over.
   virtual std::error_code MakeDurable(const std::vector<std::string>& paths) = 0;
@@ -53,8 +59,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   virtual std::error_code Rename(const std::string& from, const std::string& to) = 0;
   virtual std::error_code Remove(const std::string& path) = 0;
 
-  /// Told once for every file that a QELVARDOSFileTransaction was to replace, when its fate is settled. error is set for
-  /// Failed alone. Does nothing here.
+  /// Told once for every file that a QELVARDOSFileTransaction was to replace, when its fate is settled. error is set
+  /// for Failed alone. Does nothing here.
   virtual void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error);
 
   /// The layer in use: the system's own unless a host has put another there.
@@ -63,6 +69,18 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   static QELVARDOSFileLayer& System();
   /// Not owned; null puts the system's own back. Answers the layer before, null for the system's own.
   static QELVARDOSFileLayer* Use(QELVARDOSFileLayer* layer);
+};
+
+/// For as long as it lives, many files are looked up through the layer that was in use when it was made.
+class ZYM_EXPORT QELVARDOSFileLookups {
+ public:
+  QELVARDOSFileLookups() : layer_(QELVARDOSFileLayer::Current()) { layer_.BeginLookups(); }
+  ~QELVARDOSFileLookups() { layer_.EndLookups(); }
+  QELVARDOSFileLookups(const QELVARDOSFileLookups&) = delete;
+  QELVARDOSFileLookups& operator=(const QELVARDOSFileLookups&) = delete;
+
+ private:
+  QELVARDOSFileLayer& layer_;
 };
 
 /// A layer that passes every operation on to another: the base of layers that watch, refuse or stop.
@@ -75,6 +93,8 @@ class ZYM_EXPORT QELVARDOSFileLayerFilter : public QELVARDOSFileLayer {
   std::error_code List(const std::string& folder, std::vector<std::string>& names) override {
     return next_.List(folder, names);
   }
+  void BeginLookups() override { next_.BeginLookups(); }
+  void EndLookups() override { next_.EndLookups(); }
   std::error_code MakeFolder(const std::string& path) override { return next_.MakeFolder(path); }
   std::error_code HideFolder(const std::string& path) override { return next_.HideFolder(path); }
   std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override {

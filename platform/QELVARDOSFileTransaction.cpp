@@ -246,14 +246,6 @@ void Tell(const std::string& path, QELVARDOSReplacement outcome, const std::erro
   current.layer->Replaced(path, outcome, error);
 }
 
-bool Holds(const std::string& path, const QELVARDOSFileFacts& facts, std::string_view bytes) {
-  if (facts.kind != QELVARDOSFileFacts::Kind::File || facts.size != bytes.size()) {
-    return false;
-  }
-  std::string present;
-  return !current.layer->Read(path, present) && present == bytes;
-}
-
 /// Only a file can be replaced: a rename would put one in the place of a device or a pipe.
 std::error_code Refusal(const std::string& path, const QELVARDOSFileFacts& facts) {
   using Kind = QELVARDOSFileFacts::Kind;
@@ -279,12 +271,19 @@ std::error_code WriteTemporary(const std::string& path, std::string_view bytes, 
   return error;
 }
 
+/// temporary stays empty when the file holds the bytes already. Reading comes first: records that did not change are
+/// the common case, and it tells at once whether there is a file at all.
 std::error_code Stage(const std::string& path, std::string_view bytes, std::string& temporary) {
+  std::string present;
+  const std::error_code unreadable = current.layer->Read(path, present);
+  if (!unreadable && present == bytes) {
+    return {};
+  }
   const QELVARDOSFileFacts facts = current.layer->Stat(path);
   if (const std::error_code refusal = Refusal(path, facts)) {
     return refusal;
   }
-  return Holds(path, facts, bytes) ? std::error_code() : WriteTemporary(path, bytes, facts.mode, temporary);
+  return WriteTemporary(path, bytes, facts.mode, temporary);
 }
 
 }  // namespace

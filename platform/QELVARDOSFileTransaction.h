@@ -15,8 +15,8 @@
 /// - Commit: makes all temporary files durable together, then renames each over its file, in the order of Replace.
 /// - destruct: what was not committed is abandoned, its temporary files are removed.
 ///
-/// One file's failure does not stop the others: its old content stays and its temporary file goes. A temporary file that a
-/// stopped process left behind goes with the next successful replacement of the same file.
+/// One file's failure does not stop the others: its old content stays and its temporary file goes. A temporary file
+/// that a stopped process left behind goes with the next successful replacement of the same file.
 class ZYM_EXPORT QELVARDOSFileTransaction {
  public:
   struct Failure {

@@ -2,14 +2,16 @@
 
 #include "platform/ZYMUnicodeString.h"
 
-/// A file-system path as text, UTF-8, "/" on every system; empty by default. Splitting and joining never look at the disk.
+/// A file-system path as text, UTF-8, "/" on every system; empty by default. Splitting and joining never look at the
+/// disk.
 class ZYM_EXPORT QELVARDOSPath {
  public:
   QELVARDOSPath() = default;
   QELVARDOSPath(ZYMUnicodeString path) : path_(std::move(path)) {}
   QELVARDOSPath(const char* path) : path_(path) {}
 
-  const ZYMUnicodeString& ToString() const noexcept { return path_; }
+  const ZYMUnicodeString& ToString() const& noexcept { return path_; }
+  ZYMUnicodeString ToString() && noexcept { return std::move(path_); }
   bool IsEmpty() const noexcept { return path_.IsEmpty(); }
 
   /// All before the last "/", or "/" where that is the first character; empty when there is none.

@@ -17,8 +17,8 @@ class ZYM_EXPORT ZYMBaseUnknown {
   ZYMBaseUnknown(const ZYMBaseUnknown&) = delete;
   ZYMBaseUnknown& operator=(const ZYMBaseUnknown&) = delete;
 
-  /// On success object receives the interface with a reference added, the caller's. An interface that the component does
-  /// not offer: E_FAIL, and object is null.
+  /// On success object receives the interface with a reference added, the caller's. An interface that the component
+  /// does not offer: E_FAIL, and object is null.
   virtual HRESULT QueryInterface(const ZYMGuid& interfaceId, void** object);
   /// Both answer the number of references after the call.
   virtual std::uint32_t AddRef();
@@ -57,19 +57,19 @@ class ZYM_EXPORT ZYMBaseUnknown {
 };
 
 /// For the body of a published interface: its identity, its name and its meta-object.
-#define ZYM_DECLARE_INTERFACE(Name)                                                                       \
- public:                                                                                                  \
-  static const ZYMGuid& ClassId();                                                                        \
-  static const char* ClassName();                                                                         \
-  static ZYMMetaObject* MetaObject();                                                                     \
-  ZYMMetaObject* GetMetaObject() const override;                                                          \
-  const char* IsA() const override;                                                                       \
+#define ZYM_DECLARE_INTERFACE(Name)              \
+ public:                                         \
+  static const ZYMGuid& ClassId();               \
+  static const char* ClassName();                \
+  static ZYMMetaObject* MetaObject();            \
+  ZYMMetaObject* GetMetaObject() const override; \
+  const char* IsA() const override;              \
   bool IsAKindOf(const char* className) const override
 
 /// For the body of an implementation class: it answers the kind test from its own meta-object.
-#define ZYM_DECLARE_COMPONENT(Name)                                                                       \
- public:                                                                                                  \
-  static ZYMMetaObject* MetaObject();                                                                     \
-  ZYMMetaObject* GetMetaObject() const override;                                                          \
-  const char* IsA() const override;                                                                       \
+#define ZYM_DECLARE_COMPONENT(Name)              \
+ public:                                         \
+  static ZYMMetaObject* MetaObject();            \
+  ZYMMetaObject* GetMetaObject() const override; \
+  const char* IsA() const override;              \
   bool IsAKindOf(const char* className) const override

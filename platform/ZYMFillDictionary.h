@@ -17,8 +17,8 @@ ZYM_EXPORT ZYMMetaObject* fct_RetrieveMetaObject(std::string_view className, con
 /// The registered meta-object of that name, or null; registers nothing.
 ZYM_EXPORT ZYMMetaObject* ZYMFindMetaObject(std::string_view className);
 
-/// Takes a meta-object out of the dictionary and destroys it. A module does so for its classes when it is unloaded; a name
-/// that is not registered is passed over.
+/// Takes a meta-object out of the dictionary and destroys it. A module does so for its classes when it is unloaded; a
+/// name that is not registered is passed over.
 ZYM_EXPORT void ZYMForgetMetaObject(std::string_view className);
 
 class ZYM_EXPORT ZYMFillDictionary {
@@ -41,30 +41,31 @@ using ZYMDictionaryObserver = void (*)(ZYMDictionaryEvent event, const char* nam
 ZYM_EXPORT ZYMDictionaryObserver ZYMObserveDictionary(ZYMDictionaryObserver observer);
 
 /// The bodies that ZYM_DECLARE_INTERFACE declares.
-#define ZYM_DEFINE_INTERFACE(Name, Base, guid)                                                            \
-  const ZYMGuid& Name::ClassId() {                                                                        \
-    static constexpr ZYMGuid Id(guid);                                                                    \
-    return Id;                                                                                            \
-  }                                                                                                       \
-  const char* Name::ClassName() { return #Name; }                                                         \
-  ZYMMetaObject* Name::MetaObject() {                                                                     \
-    static_assert(std::is_base_of_v<Base, Name>, "the meta-object's parent is the C++ base");             \
-    static const ZYMRegisteredMetaObject Meta(#Name, Base::MetaObject(), &Name::ClassId());               \
-    return Meta.Get();                                                                                    \
-  }                                                                                                       \
-  ZYMMetaObject* Name::GetMetaObject() const { return Name::MetaObject(); }                               \
-  const char* Name::IsA() const { return Name::MetaObject()->IsA(); }                                     \
+#define ZYM_DEFINE_INTERFACE(Name, Base, guid)                                                \
+  const ZYMGuid& Name::ClassId() {                                                            \
+    static constexpr ZYMGuid Id(guid);                                                        \
+    return Id;                                                                                \
+  }                                                                                           \
+  const char* Name::ClassName() { return #Name; }                                             \
+  ZYMMetaObject* Name::MetaObject() {                                                         \
+    static_assert(std::is_base_of_v<Base, Name>, "the meta-object's parent is the C++ base"); \
+    static const ZYMRegisteredMetaObject Meta(#Name, Base::MetaObject(), &Name::ClassId());   \
+    return Meta.Get();                                                                        \
+  }                                                                                           \
+  ZYMMetaObject* Name::GetMetaObject() const { return Name::MetaObject(); }                   \
+  const char* Name::IsA() const { return Name::MetaObject()->IsA(); }                         \
   bool Name::IsAKindOf(const char* className) const { return Name::MetaObject()->IsAKindOf(className); }
 
-/// The bodies that ZYM_DECLARE_COMPONENT declares. Base: the C++ base class or, for the root of a family, the interface.
-#define ZYM_DEFINE_COMPONENT(Name, Base)                                                                  \
-  ZYMMetaObject* Name::MetaObject() {                                                                     \
-    static_assert(std::is_base_of_v<Base, Name>, "the meta-object's parent is the C++ base");             \
-    static const ZYMRegisteredMetaObject Meta(#Name, Base::MetaObject(), nullptr);                        \
-    return Meta.Get();                                                                                    \
-  }                                                                                                       \
-  ZYMMetaObject* Name::GetMetaObject() const { return Name::MetaObject(); }                               \
-  const char* Name::IsA() const { return Name::MetaObject()->IsA(); }                                     \
+/// The bodies that ZYM_DECLARE_COMPONENT declares. Base: the C++ base class or, for the root of a family, the
+/// interface.
+#define ZYM_DEFINE_COMPONENT(Name, Base)                                                      \
+  ZYMMetaObject* Name::MetaObject() {                                                         \
+    static_assert(std::is_base_of_v<Base, Name>, "the meta-object's parent is the C++ base"); \
+    static const ZYMRegisteredMetaObject Meta(#Name, Base::MetaObject(), nullptr);            \
+    return Meta.Get();                                                                        \
+  }                                                                                           \
+  ZYMMetaObject* Name::GetMetaObject() const { return Name::MetaObject(); }                   \
+  const char* Name::IsA() const { return Name::MetaObject()->IsA(); }                         \
   bool Name::IsAKindOf(const char* className) const { return Name::MetaObject()->IsAKindOf(className); }
 
 /// A meta-object that is registered on first use and forgotten when the module that holds it is unloaded.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <type_traits>
@@ -9,8 +10,8 @@
 #include "platform/ZYMNullHandleError.h"
 
 /// A handle to a component through one of its interfaces: the template behind every `..._var`. It holds one reference.
-/// A null handle denotes no component; dereferencing it raises ZYMNullHandleError. Handles compare by component identity,
-/// and null equals null.
+/// A null handle denotes no component; dereferencing it raises ZYMNullHandleError. Handles compare by component
+/// identity, and null equals null.
 template <typename Interface>
 class ZYMHandle {
  public:
@@ -21,8 +22,7 @@ class ZYMHandle {
   /// Takes the reference over; other is null afterwards.
   ZYMHandle(ZYMHandle&& other) noexcept : component_(std::exchange(other.component_, nullptr)) {}
   /// Narrows: null when the component does not offer the interface. Adds a reference when it does.
-  template <typename Other>
-    requires std::is_base_of_v<ZYMBaseUnknown, Other>
+  template <std::derived_from<ZYMBaseUnknown> Other>
   ZYMHandle(Other* component) : component_(Narrow(component)) {}
   template <typename Other>
   ZYMHandle(const ZYMHandle<Other>& other) : component_(Narrow(other.Get())) {}

@@ -12,6 +12,12 @@ ZYM_DEFINE_INTERFACE(ZYMIDOMDocument, ZYMIDOMNode, "{E26B805F-7D1A-4C93-B04F-95C
 ZYM_DEFINE_INTERFACE(ZYMIDOMNodeList, ZYMBaseUnknown, "{0F93D6B8-A425-4E71-9D6C-B8E5172F40CA}")
 ZYM_DEFINE_INTERFACE(ZYMIXMLDOMDocumentBuilder, ZYMBaseUnknown, "{B7520CE3-194D-48AF-8E3B-2C6D9F01A58B}")
 
+HRESULT ZYMIDOMElement::getTextOfFirst(const ZYMUnicodeString& /*name*/, bool& /*found*/, ZYMUnicodeString& /*text*/) {
+  return E_NOTIMPL;
+}
+
+HRESULT ZYMIDOMElement::hasChildElement(const ZYMUnicodeStringList& /*names*/, bool& /*present*/) { return E_NOTIMPL; }
+
 HRESULT ZYMIXMLDOMDocumentBuilder::Serialize(const ZYMIDOMNode_var& /*node*/,
                                              const std::function<bool(std::string_view)>& /*sink*/) {
   return E_NOTIMPL;

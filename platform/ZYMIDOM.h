@@ -57,6 +57,14 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
   virtual HRESULT getAttribute(const ZYMUnicodeString& name, ZYMUnicodeString& value) = 0;
   virtual HRESULT setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) = 0;
   virtual HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) = 0;
+
+  /// Two short cuts for the questions that are asked most, with the answers that the operations above would give. A
+  /// tree that does not offer them answers E_NOTIMPL, and the long way is taken.
+  ///
+  /// Whether getElementsByTagName has a first item and, if that has a first child, the child's value.
+  virtual HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text);
+  /// Whether a child, not one further below, is an element of one of these names.
+  virtual HRESULT hasChildElement(const ZYMUnicodeStringList& names, bool& present);
 };
 
 class ZYM_EXPORT ZYMIDOMText : public ZYMIDOMNode {
@@ -90,9 +98,9 @@ class ZYM_EXPORT ZYMIXMLDOMDocumentBuilder : public ZYMBaseUnknown {
 
  public:
   virtual HRESULT CreateDocument(ZYMIDOMDocument_var& document) = 0;
-  /// Reads the file at path. optionNames and optionValues are parallel; "ZYMDoValidation" = "false" is known, others are
-  /// passed over. A file that is missing, unreadable or not well-formed, or that declares entities: E_FAIL, document is
-  /// as it was, and QELVARDOSSystemUtils::LastError tells file, line, column and reason.
+  /// Reads the file at path. optionNames and optionValues are parallel; "ZYMDoValidation" = "false" is known, others
+  /// are passed over. A file that is missing, unreadable or not well-formed, or that declares entities: E_FAIL,
+  /// document is as it was, and QELVARDOSSystemUtils::LastError tells file, line, column and reason.
   virtual HRESULT Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
                         const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) = 0;
   /// Writes a document, or an element with all below it, as a whole file, an XML declaration first and nothing added.

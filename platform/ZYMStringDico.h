@@ -62,15 +62,22 @@ class ZYMStringDico {
   ZYMStringDico(const ZYMStringDico& other) : ZYMStringDico(other.Size()) { InsertDico(other); }
   /// The moved-from dictionary is empty.
   ZYMStringDico(ZYMStringDico&& other) noexcept = default;
-  ZYMStringDico& operator=(const ZYMStringDico& other) { return *this = ZYMStringDico(other); }
+  ZYMStringDico& operator=(const ZYMStringDico& other) {
+    ZYMStringDico copy(other);
+    *this = std::move(copy);
+    return *this;
+  }
   ZYMStringDico& operator=(ZYMStringDico&& other) noexcept = default;
   ~ZYMStringDico() = default;
 
   void Insert(const ZYMUnicodeString& key, const Value& value) {
-    Entry added{key, value};
-    Erase(key);
-    entries_.push_back(std::move(added));
-    places_.emplace(entries_.back().first.View(), std::prev(entries_.end()));
+    if (const auto place = places_.find(key.View()); place != places_.end()) {
+      entries_.splice(entries_.end(), entries_, place->second);
+      place->second->second = value;
+    } else {
+      entries_.push_back({key, value});
+      places_.emplace(entries_.back().first.View(), std::prev(entries_.end()));
+    }
   }
   /// Inserts every entry of other in its order. Inserting a dictionary into itself does nothing.
   void InsertDico(const ZYMStringDico& other) {

@@ -10,7 +10,8 @@ char LowerAscii(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<cha
 
 bool IsOneOf(char c, std::string_view characters) noexcept { return characters.find(c) != std::string_view::npos; }
 
-// The format with its one conversion widened to 64 bits; empty when the format holds anything but one integer conversion.
+// The format with its one conversion widened to 64 bits; empty when the format holds anything but one integer
+// conversion.
 std::string ConversionFor64Bits(std::string_view format) {
   const std::size_t percent = format.find('%');
   if (percent == std::string_view::npos || format.find('%', percent + 1) != std::string_view::npos) {

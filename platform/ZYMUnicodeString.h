@@ -36,8 +36,8 @@ class ZYM_EXPORT ZYMUnicodeString {
   bool Matches(const ZYMUnicodeString& other) const noexcept { return Compare(other) != 0; }
   /// The order of sorting, by bytes: negative, 0 or positive.
   int SortCompare(const ZYMUnicodeString& other) const noexcept;
-  /// Becomes the number printed with a printf format that holds one integer conversion; "%I64d" is the 64-bit decimal on
-  /// every system. Any other format: E_FAIL, and the string stays.
+  /// Becomes the number printed with a printf format that holds one integer conversion; "%I64d" is the 64-bit decimal
+  /// on every system. Any other format: E_FAIL, and the string stays.
   HRESULT BuildFromNum(std::int64_t number, const char* format);
 
   ZYMUnicodeString& operator+=(const ZYMUnicodeString& other) {

@@ -7,11 +7,12 @@
 #include <unordered_map>
 #include <vector>
 
-/// The framework's ordered list of values: the template behind the published list names. Positions count from 1. An index
-/// out of range reads as a default value (a null handle, an empty string); removing a position out of range does nothing.
+/// The framework's ordered list of values: the template behind the published list names. Positions count from 1. An
+/// index out of range reads as a default value (a null handle, an empty string); removing a position out of range does
+/// nothing.
 ///
-/// Locate takes constant time on average however long the list is: a list that is asked more than once keeps an index of
-/// its values, which a change other than appending drops.
+/// Locate takes constant time on average however long the list is: a list that is asked more than once keeps an index
+/// of its values, which a change other than appending drops.
 template <typename Value>
 class ZYMValueList {
  public:
@@ -23,7 +24,9 @@ class ZYMValueList {
   ZYMValueList(const ZYMValueList& other) : values_(other.values_) {}
   ZYMValueList(ZYMValueList&&) noexcept = default;
   ZYMValueList& operator=(const ZYMValueList& other) {
-    return *this = ZYMValueList(other);
+    values_ = other.values_;
+    index_.reset();
+    return *this;
   }
   ZYMValueList& operator=(ZYMValueList&&) noexcept = default;
   ~ZYMValueList() = default;
@@ -79,7 +82,9 @@ class ZYMValueList {
     index_.reset();
   }
   int Size() const noexcept { return static_cast<int>(values_.size()); }
-  Value operator[](int position) const { return Holds(position) ? values_[static_cast<std::size_t>(position) - 1] : Value(); }
+  Value operator[](int position) const {
+    return Holds(position) ? values_[static_cast<std::size_t>(position) - 1] : Value();
+  }
 
   /// Stable. compare answers negative, 0 or positive.
   template <typename Comparison>

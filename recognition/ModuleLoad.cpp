@@ -1,4 +1,5 @@
-// What the module tells the framework when it is loaded, in the order of ZYMLoadOrder, and takes back when it is unloaded.
+// What the module tells the framework when it is loaded, in the order of ZYMLoadOrder, and takes back when it is
+// unloaded.
 
 #include "component/QELXIVARDOSLRDXMLHandler.h"
 #include "component/QELXIVARDOSRecognitionHandler.h"

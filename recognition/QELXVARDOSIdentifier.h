@@ -3,8 +3,8 @@
 #include "platform/ZYMIDOM.h"
 #include "platform/ZYMUnicodeStringList.h"
 
-/// Reads from an object's element which other objects it depends on. Lists are appended to, not cleared; both operations
-/// always answer 0.
+/// Reads from an object's element which other objects it depends on. Lists are appended to, not cleared; both
+/// operations always answer 0.
 class QELXVARDOSIdentifier {
  public:
   /// Keeps a handle to the node.

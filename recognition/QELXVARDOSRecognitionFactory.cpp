@@ -1,10 +1,10 @@
 #include "recognition/QELXVARDOSRecognitionFactory.h"
 
 #include "component/QELXVARDOSTraceChannels.h"
-#include "records/Dom.h"
-#include "records/QELXVARDOSLRDConstants.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "records/Dom.h"
+#include "records/QELXVARDOSLRDConstants.h"
 
 namespace {
 

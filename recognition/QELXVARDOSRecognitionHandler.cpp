@@ -1,14 +1,16 @@
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 
+#include <optional>
+
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPathUtils.h"
 #include "platform/ZYMFillDictionary.h"
+#include "recognition/QELXVARDOSIdentifier.h"
+#include "recognition/RecognizeCall.h"
 #include "records/Dom.h"
 #include "records/FileStamp.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
-#include "recognition/QELXVARDOSIdentifier.h"
-#include "recognition/RecognizeCall.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSRecognitionHandler, QELXIVARDOSRecognitionHandler)
 
@@ -109,21 +111,19 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
   const ZYMIDOMElement_var list = FirstElement(element, Word::CadObjectList);
   HRESULT status = GetLRDMap(element, lrdMap);
   Trace.Write(" Size of CADId to LRD Map = ", lrdMap.Size());
-  ZYMIDOMNode_varZYMUnicodeStringDico nodeMap;
   if (FAILED(status) || list.IsNull()) {
     return step.Return(status);
   }
-  status = getCadidObjectNodeMap(list, nodeMap);
-  Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
   ZYMIDOMNodeList_var children;
   int count = 0;
-  if (SUCCEEDED(status)) {
-    list->getChildNodes(children);
-    if (children) {
-      children->getLength(count);
-    }
+  list->getChildNodes(children);
+  if (children) {
+    children->getLength(count);
   }
-  Trace.Write(" Number of cadobjlist child nodes = ", count);
+  ZYMIDOMNode_varZYMUnicodeStringDico nodeMap(count);
+  status = getCadidObjectNodeMap(list, nodeMap);
+  Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
+  Trace.Write(" Number of cadobjlist child nodes = ", SUCCEEDED(status) ? count : 0);
   ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(element);
 
   RecognizeCall call(*this, element);
@@ -226,26 +226,25 @@ HRESULT QELXVARDOSRecognitionHandler::RecognizeFromRel(const Record& requestReco
 HRESULT QELXVARDOSRecognitionHandler::getLRDObject(const ZYMIDOMNode_var& cadObject,
                                                    ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap, Record& record) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::getLRDObject");
-  call_->Begin(cadObject);
-  const bool inParent = ShouldCheckInParent(cadObject) == 1;
+  const ZYMIDOMElement_var object(cadObject);
+  call_->Begin(object);
+  const bool inParent = ShouldCheckInParent(object) == 1;
   // The paths of the object itself stand unless a composition has a record, so a parent is never asked.
-  ZYMUnicodeStringZYMUnicodeStringDico composition;
+  std::optional<ZYMUnicodeStringZYMUnicodeStringDico> composition;
   if (inParent) {
-    GetObjectFileLRDFileFromComposition(cadObject, nodeMap, composition);
+    GetObjectFileLRDFileFromComposition(object, nodeMap, composition.emplace());
   }
-  const bool inComposition = composition.HasKey(Word::LRDFile);
-  const ZYMUnicodeString recordFile =
-      inComposition ? composition[Word::LRDFile] : call_->Current().paths.recordFile;
-
-  if (Attribute(cadObject, Word::RecognizeAsNew) == Word::UpperTrue) {
+  const bool inComposition = composition && composition->HasKey(Word::LRDFile);
+  if (Attribute(object, Word::RecognizeAsNew) == Word::UpperTrue) {
     if (inComposition || call_->OwnRecordExists()) {
       Trace.Write("Object is marked as recognise as new ");
     }
     return step.Return(S_OK);
   }
-  const HRESULT status = inComposition ? call_->ReadParent(recordFile, record) : call_->ReadOwn(record);
+  const HRESULT status =
+      inComposition ? call_->ReadParent((*composition)[Word::LRDFile], record) : call_->ReadOwn(record);
   if (SUCCEEDED(status) && record) {
-    record->SetObjectFilePath(inComposition ? composition[Word::ObjectFile] : call_->Current().paths.objectFile);
+    record->SetObjectFilePath(inComposition ? (*composition)[Word::ObjectFile] : call_->Current().paths.objectFile);
     record->SetStateFlag(inParent);
   }
   return step.Return(status);

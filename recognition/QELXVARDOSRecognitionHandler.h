@@ -5,8 +5,9 @@
 #include "platform/ZYMIDOMNode_varZYMUnicodeStringDico.h"
 #include "platform/ZYMUnicodeStringZYMUnicodeStringDico.h"
 
-/// Recognition against the local records. A verdict comes from the first of these that applies: the physical id that the
-/// request gives the object; the object's own record file; the entry of the object in the record file of its composition.
+/// Recognition against the local records. A verdict comes from the first of these that applies: the physical id that
+/// the request gives the object; the object's own record file; the entry of the object in the record file of its
+/// composition.
 class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   ZYM_DECLARE_COMPONENT(QELXVARDOSRecognitionHandler);
 
@@ -41,16 +42,16 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   /// Without the records of type class "TYPE_OBJECT_WITHOUT_FILE", under their own CAD ids. Always 0.
   HRESULT GetCAdIdLRDExceptspecificTypes(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& in,
                                          QELXIVARDOSLRDObject_varZYMUnicodeStringDico& out);
-  /// The elements of the list by CAD id, those without one left out; of equal ids the last. The status is that of the last
-  /// id read.
+  /// The elements of the list by CAD id, those without one left out; of equal ids the last. The status is that of the
+  /// last id read.
   HRESULT getCadidObjectNodeMap(const ZYMIDOMNode_var& cadobjectlist, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap);
-  /// The paths of the first object of the composition whose record file exists; paths stays as it was when there is none.
-  /// An id that the map lacks is passed over. Always 0.
+  /// The paths of the first object of the composition whose record file exists; paths stays as it was when there is
+  /// none. An id that the map lacks is passed over. Always 0.
   HRESULT GetObjectFileLRDFileFromComposition(const ZYMIDOMNode_var& cadObject,
                                               ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
                                               ZYMUnicodeStringZYMUnicodeStringDico& paths);
-  /// The same for the first parent, and for the composition when the parent has no record file. Recognize never comes to
-  /// this lookup, since every object has paths of its own. Always 0.
+  /// The same for the first parent, and for the composition when the parent has no record file. Recognize never comes
+  /// to this lookup, since every object has paths of its own. Always 0.
   HRESULT GetObjectFileLRDFileFromParent(const ZYMIDOMNode_var& cadObject, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
                                          ZYMUnicodeStringZYMUnicodeStringDico& paths);
   /// The record of b that has the id of a record of a; of several the match of the last in a. Empty ids match nothing.
@@ -66,8 +67,7 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   class RecognizeCall;
   struct Found;
 
-  HRESULT RecognizeObject(const ZYMIDOMElement_var& object,
-                          const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap,
+  HRESULT RecognizeObject(const ZYMIDOMElement_var& object, const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap,
                           ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap, ZYMUnicodeString& version);
   /// By the object's entry in another object's record.
   void RecognizeAsEntry(const ZYMIDOMElement_var& object, const QELXIVARDOSLRDObject_var& requestRecord,
@@ -81,7 +81,8 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
 
   /// Whether the record file of the object exists; then paths receives its paths.
   bool TakePathsOfRecord(const ZYMIDOMNode_var& cadObject, ZYMUnicodeStringZYMUnicodeStringDico& paths);
-  /// The CAD system's name for record paths. Some clients hand it in as the command; the others' configuration knows it.
+  /// The CAD system's name for record paths. Some clients hand it in as the command; the others' configuration knows
+  /// it.
   ZYMUnicodeString CadName() const;
 
   ZYMUnicodeString command_;

@@ -4,12 +4,12 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPathUtils.h"
-#include "records/Dom.h"
-#include "records/FileStamp.h"
-#include "records/QELXVARDOSLRDConstants.h"
 #include "recognition/ObjectsOfTree.h"
 #include "recognition/QELXVARDOSIdentifier.h"
 #include "recognition/RecognizeCall.h"
+#include "records/Dom.h"
+#include "records/FileStamp.h"
+#include "records/QELXVARDOSLRDConstants.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
 namespace {
@@ -108,9 +108,9 @@ HRESULT QELXVARDOSRecognitionHandler::getCadidObjectNodeMap(const ZYMIDOMNode_va
   return step.Return(status);
 }
 
-HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition(
-    const ZYMIDOMNode_var& cadObject, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
-    ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition(const ZYMIDOMNode_var& cadObject,
+                                                                          ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
+                                                                          ZYMUnicodeStringZYMUnicodeStringDico& paths) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition");
   ZYMUnicodeStringList compositions;
   QELXVARDOSIdentifier(cadObject).IdentifyComposition(compositions);

@@ -53,6 +53,7 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::Recognize(const ZYMIDOMNode_var& requ
   return step.Return(status);
 }
 
+// The version comes by value as the signature has it. NOLINTNEXTLINE(performance-unnecessary-value-param)
 HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_var& cadObject,
                                                             ZYMUnicodeString version) {
   const Step step(Trace, "QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode");
@@ -99,9 +100,8 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::CreateAndHideLRDFolder(const QELXIVAR
   return S_OK;
 }
 
-HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetCadidLRDMap(const ZYMIDOMNode_var& /*node*/,
-                                                          const RecordMap& /*phidMap*/, RecordMap& /*cadidMap*/,
-                                                          ZYMUnicodeStringList /*skipList*/) {
+HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetCadidLRDMap(const ZYMIDOMNode_var& /*node*/, const RecordMap& /*phidMap*/,
+                                                          RecordMap& /*cadidMap*/, ZYMUnicodeStringList /*skipList*/) {
   return S_OK;
 }
 

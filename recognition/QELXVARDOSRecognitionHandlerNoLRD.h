@@ -2,8 +2,8 @@
 
 #include "component/QELXIVARDOSRecognitionHandler.h"
 
-/// Recognition from the request alone: looks at no record and at no file. Every operation but Recognize does nothing and
-/// answers 0.
+/// Recognition from the request alone: looks at no record and at no file. Every operation but Recognize does nothing
+/// and answers 0.
 class QELXVARDOSRecognitionHandlerNoLRD : public QELXIVARDOSRecognitionHandler {
   ZYM_DECLARE_COMPONENT(QELXVARDOSRecognitionHandlerNoLRD);
 

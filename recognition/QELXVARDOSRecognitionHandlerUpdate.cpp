@@ -1,11 +1,11 @@
 // The write-back of the handler: values from records into requests, and from requests into records and their files.
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "recognition/ObjectsOfTree.h"
+#include "recognition/RecognizeCall.h"
 #include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDObject.h"
-#include "recognition/ObjectsOfTree.h"
-#include "recognition/RecognizeCall.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
 namespace {
@@ -43,8 +43,7 @@ void SetAndTrace(const ZYMIDOMElement_var& object, const ZYMUnicodeString& attri
 
 }  // namespace
 
-HRESULT QELXVARDOSRecognitionHandler::UpdateRequestAndLRDObjects(const ZYMIDOMNode_var& root,
-                                                                 const RecordMap& cadidMap,
+HRESULT QELXVARDOSRecognitionHandler::UpdateRequestAndLRDObjects(const ZYMIDOMNode_var& root, const RecordMap& cadidMap,
                                                                  const CacheInformation& cacheInformation) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::UpdateRequestAndLRDObjects");
   const ObjectsOfTree objects(root);

@@ -68,8 +68,7 @@ QELXIVARDOSLRDObject_var ParentRecord::FindRelatedChild(const ZYMUnicodeString& 
 
 RequestRelationships::RequestRelationships(const ZYMIDOMNode_var& request) {
   const ZYMIDOMElement_var element(request);
-  const ZYMIDOMElement_var list =
-      element ? FirstElement(element, Word::RelationshipList) : ZYMIDOMElement_var();
+  const ZYMIDOMElement_var list = element ? FirstElement(element, Word::RelationshipList) : ZYMIDOMElement_var();
   if (list.IsNull()) {
     return;
   }
@@ -90,7 +89,7 @@ void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) cons
     }
     const std::size_t hash = HashOf(id);
     for (auto entry = std::lower_bound(entries_.begin(), entries_.end(), hash,
-                                       [](const Entry& e, std::size_t wanted) { return e.hash < wanted; });
+                                       [](const Entry&e, std::size_t wanted) { return e.hash < wanted; });
          entry != entries_.end() && entry->hash == hash; ++entry) {
       if (Attribute(entry->element, Word::RelUuid) == id && Attribute(entry->element, Word::Phid).IsEmpty()) {
         entry->element->setAttribute(Word::Phid, relationship->GetPhysicalId());
@@ -145,13 +144,10 @@ HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadParent(const ZYMUnicode
   return S_OK;
 }
 
-bool QELXVARDOSRecognitionHandler::RecognizeCall::OwnRecordExists() { return Exists(object_.paths.recordFile); }
+bool QELXVARDOSRecognitionHandler::RecognizeCall::OwnRecordExists() const { return Exists(object_.paths.recordFile); }
 
 HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadOwn(QELXIVARDOSLRDObject_var& record) {
-  if (!OwnRecordExists()) {
-    return S_OK;
-  }
-  const HRESULT status = reader_->ReadLRDFile(object_.paths.recordFile, record);
+  const HRESULT status = reader_->ReadLRDFileIfPresent(object_.paths.recordFile, record);
   own_ = ParentRecord(record);
   parent_ = &own_;
   return status;

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "platform/QELVARDOSFileLayer.h"
-#include "records/QELXVARDOSLRDFactory.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
 /// Records by a string of theirs that does not change while the index lives; of equal strings the first counts, and the
@@ -97,7 +97,7 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   bool ParentExists(const ZYMUnicodeString& recordFile);
   /// Reads it, or answers what was read before.
   HRESULT ReadParent(const ZYMUnicodeString& recordFile, QELXIVARDOSLRDObject_var& record);
-  bool OwnRecordExists();
+  bool OwnRecordExists() const;
   /// Reads the record file of the current object; when there is none, record stays null and the status is 0.
   HRESULT ReadOwn(QELXIVARDOSLRDObject_var& record);
   /// The record in which the current object is an entry.
@@ -115,6 +115,7 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   ParentFile& ParentAt(const ZYMUnicodeString& recordFile);
 
   QELXVARDOSRecognitionHandler& handler_;
+  QELVARDOSFileLookups lookups_;
   ZYMIDOMNode_var request_;
   ZYMUnicodeString cadName_;
   QELXVARDOSLRDFactory factory_;

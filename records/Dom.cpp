@@ -18,6 +18,22 @@ ZYMIDOMElement_var FirstElement(const ZYMIDOMElement_var& element, const ZYMUnic
   return first;
 }
 
+bool TakeTextOfFirst(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name, ZYMUnicodeString& text) {
+  bool found = false;
+  if (SUCCEEDED(element->getTextOfFirst(name, found, text))) {
+    return found;
+  }
+  const ZYMIDOMElement_var first = FirstElement(element, name);
+  ZYMIDOMNode_var child;
+  if (first) {
+    first->getFirstChild(child);
+  }
+  if (child) {
+    child->getNodeValue(text);
+  }
+  return static_cast<bool>(first);
+}
+
 ZYMUnicodeString NodeName(const ZYMIDOMNode_var& node) {
   ZYMUnicodeString name;
   node->getNodeName(name);

@@ -8,6 +8,8 @@
 ZYMUnicodeString Attribute(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name);
 /// The first element of that name below element.
 ZYMIDOMElement_var FirstElement(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name);
+/// Whether there is such an element; text then takes the value of its first child, and without one stays as it was.
+bool TakeTextOfFirst(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name, ZYMUnicodeString& text);
 ZYMUnicodeString NodeName(const ZYMIDOMNode_var& node);
 
 /// Calls visit with each child of node, in document order, until it answers false.

@@ -6,9 +6,9 @@
 #include "records/QELXVARDOSLRDObject.h"
 #include "records/Steps.h"
 
-/// What child and composition records share, told once: each is an entry in the record file of another object, an element
-/// with an "id". The layers below are what the formats "0.0", "1.0" and "4.0" made of them; Self is the class that is
-/// being defined, Base the class that it derives from.
+/// What child and composition records share, told once: each is an entry in the record file of another object, an
+/// element with an "id". The layers below are what the formats "0.0", "1.0" and "4.0" made of them; Self is the class
+/// that is being defined, Base the class that it derives from.
 
 /// The trace channel of both kinds.
 const QELVARDOSClientTrace& EntryTrace();
@@ -34,8 +34,7 @@ class EntryLRDObject : public QELXVARDOSLRDObject {
 
   HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& /*visited*/, ZYMIDOMElement_var& element) override {
     const QELVARDOSClientTraceStep step(EntryTrace(), Self::MetaObject()->IsA(), "GetXMLFormat");
-    return step.Return(
-        WriteEntry(element, [](const ZYMIDOMDocument_var&, const ZYMIDOMElement_var&) { return S_OK; }));
+    return step.Return(WriteEntry(element, [](const ZYMIDOMDocument_var&, const ZYMIDOMElement_var&) { return S_OK; }));
   }
 
  protected:
@@ -46,14 +45,15 @@ class EntryLRDObject : public QELXVARDOSLRDObject {
   HRESULT WriteEntry(ZYMIDOMElement_var& element, const AddLaterStamps& addLaterStamps) {
     ZYMIDOMDocument_var document;
     ZYMIDOMElement_var entry;
-    return UntilFailure([&] { return CreateDocument(Self::ElementName(), document, entry); },
-                        [&] { return entry->setAttribute(Word::Id, id_); },
-                        [&] { return AddPhysicalIdNode(document, entry); },
-                        [&] { return AddObjectChangeStampNode(document, entry); },
-                        [&] { return AddCEStampNode(document, entry); },
-                        [&] { return addLaterStamps(document, entry); },
-                        [&] { return AddHashcodeNode(document, entry); },
-                        [&] { element = entry; return S_OK; });
+    return UntilFailure(
+        [&] { return CreateDocument(Self::ElementName(), document, entry); },
+        [&] { return entry->setAttribute(Word::Id, id_); }, [&] { return AddPhysicalIdNode(document, entry); },
+        [&] { return AddObjectChangeStampNode(document, entry); }, [&] { return AddCEStampNode(document, entry); },
+        [&] { return addLaterStamps(document, entry); }, [&] { return AddHashcodeNode(document, entry); },
+        [&] {
+          element = entry;
+          return S_OK;
+        });
   }
 
   ZYMUnicodeString id_;
@@ -77,7 +77,7 @@ class EntryLRDObject_V1 : public Base {
     const QELVARDOSClientTraceStep step(EntryTrace(), Self::MetaObject()->IsA(), "Initialize");
     const HRESULT status = Base::Initialize(node);
     if (const ZYMIDOMElement_var element(node); element) {
-      this->ReadText(element, Word::MacroCEStamp, macroCEStamp_);
+      TakeTextOfFirst(element, Word::MacroCEStamp, macroCEStamp_);
     }
     return step.Return(status);
   }
@@ -124,8 +124,8 @@ class EntryLRDObject_V4 : public Base {
   }
   EntryLRDObject_V4(const ZYMIDOMNode_var& node, bool& fromFile) : Base(node, fromFile) {
     if (const ZYMIDOMElement_var element(node); element) {
-      this->ReadText(element, Word::MacroCEStamp, macroCEStamp_);
-      this->ReadText(element, Word::XSStamp, xsStamp_);
+      TakeTextOfFirst(element, Word::MacroCEStamp, macroCEStamp_);
+      TakeTextOfFirst(element, Word::XSStamp, xsStamp_);
     }
   }
 

@@ -15,8 +15,7 @@ ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
 
 const QELVARDOSClientTrace& EntryTrace() { return Channels.details; }
 
-QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& cadobject,
-                                                   const ZYMUnicodeString& identifier)
+QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& cadobject, const ZYMUnicodeString& identifier)
     : EntryLRDObject(cadobject, identifier) {
   writeFlag_ = !DoesFileExists(cadobject);
 }

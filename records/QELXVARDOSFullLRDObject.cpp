@@ -52,14 +52,20 @@ HRESULT QELXVARDOSFullLRDObject::Initialize(const ZYMIDOMNode_var& element) {
 HRESULT QELXVARDOSFullLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited,
                                               ZYMIDOMElement_var& element) {
   const Step step(Trace, "QELXVARDOSFullLRDObject::GetXMLFormat");
+  const auto nothing = [](auto&&...) { return S_OK; };
+  return step.Return(WriteObject(visited, element, nothing, nothing));
+}
+
+template <typename AddVersion, typename AddLaterStamps>
+HRESULT QELXVARDOSFullLRDObject::WriteObject(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element,
+                                             const AddVersion& addVersion, const AddLaterStamps& addLaterStamps) {
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var object;
-  return step.Return(UntilFailure([&] { return CreateDocument(Word::Object, document, object); },
-                                  [&] { return AddPhysicalIdNode(document, object); },
-                                  [&] { return AddObjectChangeStampNode(document, object); },
-                                  [&] { return AddCEStampNode(document, object); },
-                                  [&] { return AddHashcodeNode(document, object); },
-                                  [&] { return AppendChildren(visited, object, element); }));
+  return UntilFailure(
+      [&] { return CreateDocument(Word::Object, document, object); }, [&] { return addVersion(object); },
+      [&] { return AddPhysicalIdNode(document, object); }, [&] { return AddObjectChangeStampNode(document, object); },
+      [&] { return AddCEStampNode(document, object); }, [&] { return addLaterStamps(document, object); },
+      [&] { return AddHashcodeNode(document, object); }, [&] { return AppendChildren(visited, object, element); });
 }
 
 HRESULT QELXVARDOSFullLRDObject::AppendChildren(const QELXIVARDOSLRDObject_varList& visited,
@@ -154,7 +160,7 @@ HRESULT QELXVARDOSFullLRDObject_V1::Initialize(const ZYMIDOMNode_var& node) {
   const Step step(Trace, "QELXVARDOSFullLRDObject_V1::Initialize");
   const HRESULT status = QELXVARDOSFullLRDObject::Initialize(node);
   if (const ZYMIDOMElement_var element(node); element) {
-    ReadText(element, Word::MacroCEStamp, macroCEStamp_);
+    TakeTextOfFirst(element, Word::MacroCEStamp, macroCEStamp_);
   }
   return step.Return(status);
 }
@@ -162,16 +168,9 @@ HRESULT QELXVARDOSFullLRDObject_V1::Initialize(const ZYMIDOMNode_var& node) {
 HRESULT QELXVARDOSFullLRDObject_V1::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited,
                                                  ZYMIDOMElement_var& element) {
   const Step step(Trace, "QELXVARDOSFullLRDObject_V1::GetXMLFormat");
-  ZYMIDOMDocument_var document;
-  ZYMIDOMElement_var object;
-  return step.Return(UntilFailure([&] { return CreateDocument(Word::Object, document, object); },
-                                  [&] { return object->setAttribute(Word::Version, version_); },
-                                  [&] { return AddPhysicalIdNode(document, object); },
-                                  [&] { return AddObjectChangeStampNode(document, object); },
-                                  [&] { return AddCEStampNode(document, object); },
-                                  [&] { return AddMacroCEStampNode(document, object); },
-                                  [&] { return AddHashcodeNode(document, object); },
-                                  [&] { return AppendChildren(visited, object, element); }));
+  return step.Return(WriteObject(
+      visited, element, [this](const auto& object) { return object->setAttribute(Word::Version, version_); },
+      [this](const auto& document, const auto& object) { return AddMacroCEStampNode(document, object); }));
 }
 
 HRESULT QELXVARDOSFullLRDObject_V1::AddMacroCEStampNode(const ZYMIDOMDocument_var& document,
@@ -241,24 +240,19 @@ QELXVARDOSFullLRDObject_V4::QELXVARDOSFullLRDObject_V4(const ZYMIDOMNode_var& no
     : QELXVARDOSFullLRDObject_V1(node, fromFile) {
   if (const ZYMIDOMElement_var element(node); element) {
     version_ = Attribute(element, Word::Version);
-    ReadText(element, Word::XSStamp, xsStamp_);
+    TakeTextOfFirst(element, Word::XSStamp, xsStamp_);
   }
 }
 
 HRESULT QELXVARDOSFullLRDObject_V4::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited,
                                                  ZYMIDOMElement_var& element) {
   const Step step(Trace, "QELXVARDOSFullLRDObject_V4::GetXMLFormat");
-  ZYMIDOMDocument_var document;
-  ZYMIDOMElement_var object;
-  return step.Return(UntilFailure([&] { return CreateDocument(Word::Object, document, object); },
-                                  [&] { return object->setAttribute(Word::Version, version_); },
-                                  [&] { return AddPhysicalIdNode(document, object); },
-                                  [&] { return AddObjectChangeStampNode(document, object); },
-                                  [&] { return AddCEStampNode(document, object); },
-                                  [&] { return AddMacroCEStampNode(document, object); },
-                                  [&] { return AddXCADSyncroStampNode(document, object); },
-                                  [&] { return AddHashcodeNode(document, object); },
-                                  [&] { return AppendChildren(visited, object, element); }));
+  return step.Return(WriteObject(
+      visited, element, [this](const auto& object) { return object->setAttribute(Word::Version, version_); },
+      [this](const auto& document, const auto& object) {
+        return UntilFailure([&] { return AddMacroCEStampNode(document, object); },
+                            [&] { return AddXCADSyncroStampNode(document, object); });
+      }));
 }
 
 HRESULT QELXVARDOSFullLRDObject_V4::AddXCADSyncroStampNode(const ZYMIDOMDocument_var& document,

@@ -2,9 +2,9 @@
 
 #include "records/QELXVARDOSLRDObject.h"
 
-/// A full record stands for one CAD object file. Its element is "object". It nests every child whatever the child's write
-/// flag, and keeps the child and composition records of its own object beside them: those never stand in its own file.
-/// Format "0.0".
+/// A full record stands for one CAD object file. Its element is "object". It nests every child whatever the child's
+/// write flag, and keeps the child and composition records of its own object beside them: those never stand in its own
+/// file. Format "0.0".
 class QELXVARDOSFullLRDObject : public QELXVARDOSLRDObject {
   ZYM_DECLARE_COMPONENT(QELXVARDOSFullLRDObject);
 
@@ -28,9 +28,11 @@ class QELXVARDOSFullLRDObject : public QELXVARDOSLRDObject {
  protected:
   QELXVARDOSFullLRDObject() = default;
 
-  /// Appends the XML of the children to object and hands object out, whatever becomes of the children.
-  HRESULT AppendChildren(const QELXIVARDOSLRDObject_varList& visited, const ZYMIDOMElement_var& object,
-                         ZYMIDOMElement_var& element);
+  /// The "object" element with its core values and its children; addVersion and addLaterStamps put in their places what
+  /// came after the first format.
+  template <typename AddVersion, typename AddLaterStamps>
+  HRESULT WriteObject(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element,
+                      const AddVersion& addVersion, const AddLaterStamps& addLaterStamps);
   /// Takes an attribute into a field and traces it.
   static void UpdateFromAttribute(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name,
                                   ZYMUnicodeString& field);
@@ -41,6 +43,9 @@ class QELXVARDOSFullLRDObject : public QELXVARDOSLRDObject {
   ZYMUnicodeString action_;
 
  private:
+  /// Appends the XML of the children to object and hands object out, whatever becomes of the children.
+  HRESULT AppendChildren(const QELXIVARDOSLRDObject_varList& visited, const ZYMIDOMElement_var& object,
+                         ZYMIDOMElement_var& element);
   void FindSubRecord(const char* className, QELXIVARDOSLRDObject_var& record) const;
 };
 

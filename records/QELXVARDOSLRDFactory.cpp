@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPath.h"
@@ -60,7 +61,6 @@ struct RecordClass {
   Record (*fromFile)(const ZYMIDOMNode_var& element, bool& fromFile);
   Record (*fromObject)(const ZYMIDOMNode_var& object, const Origin& origin);
 };
-
 
 // Every record class: its name, how it is made from a file, how from an object of a tree. A new class is a row.
 const std::array<RecordClass, 12> RecordClasses = {{
@@ -235,12 +235,14 @@ ZYMUnicodeString QELXVARDOSLRDFactory::GetIdentifier(const QELIVARDOSGlobalConfi
 QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsOf(const ZYMUnicodeString& cadName,
                                                           const ZYMIDOMNode_var& cadobject) {
   const Step step(Trace, "QELXVARDOSLRDFactory::GetObjectFileLRDFile");
-  const QELVARDOSPath folder = Attribute(cadobject, Word::DirName);
-  const ZYMUnicodeString fileName = Attribute(cadobject, Word::FileName);
-  const ZYMUnicodeString recordName =
-      cadName == Word::Creo ? QELXVARDOSCreoUtil::fileNameWitoutVersion(fileName) : fileName;
-  const Paths paths{(folder / fileName).ToString(),
-                    (folder / FileName::RecordFolder / (recordName + FileName::RecordSuffix)).ToString()};
+  const ZYMIDOMElement_var element(cadobject);
+  const QELVARDOSPath folder = Attribute(element, Word::DirName);
+  const QELVARDOSPath fileName = Attribute(element, Word::FileName);
+  ZYMUnicodeString recordName =
+      cadName == Word::Creo ? QELXVARDOSCreoUtil::fileNameWitoutVersion(fileName.ToString()) : fileName.ToString();
+  recordName += FileName::RecordSuffix;
+  static const QELVARDOSPath RecordFolder(FileName::RecordFolder);
+  Paths paths{(folder / fileName).ToString(), (folder / (RecordFolder / std::move(recordName))).ToString()};
   Trace.Write("Object File: ", paths.objectFile);
   Trace.Write("LRD File: ", paths.recordFile);
   step.Return(S_OK);

@@ -29,8 +29,8 @@ class QELXVARDOSLRDFactory {
                             const QELXIVARDOSLRDObject_var& record);
   /// What tells the object apart in the record of its parent; empty when its type has no identifying attribute.
   ZYMUnicodeString GetIdentifier(const QELIVARDOSGlobalConfigObject_var& config, const ZYMIDOMNode_var& object);
-  /// Puts the path of the object file under "objectfile" and that of its record under "lrdfile", always both. All versions
-  /// of one Creo file in one folder share a record file.
+  /// Puts the path of the object file under "objectfile" and that of its record under "lrdfile", always both. All
+  /// versions of one Creo file in one folder share a record file.
   HRESULT GetObjectFileLRDFile(const ZYMUnicodeString& cadName, const ZYMIDOMNode_var& cadobject,
                                ZYMUnicodeStringZYMUnicodeStringDico& paths);
   /// Gives the record and its child and composition records the record file of the cadobject.

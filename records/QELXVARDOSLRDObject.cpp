@@ -22,14 +22,6 @@ using Step = QELVARDOSClientTraceStep;
 
 const ZYMUnicodeString Empty;
 
-void TakeText(const ZYMIDOMElement_var& node, ZYMUnicodeString& value) {
-  ZYMIDOMNode_var text;
-  node->getFirstChild(text);
-  if (text) {
-    text->getNodeValue(value);
-  }
-}
-
 using PendingReleases = std::vector<QELXIVARDOSLRDObject_var>;
 
 // Set while records are being released one after the other. A plain pointer, because an object with a destructor would
@@ -106,11 +98,10 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
   const Step step(Trace, "QELXVARDOSLRDObject::GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var object;
-  HRESULT status = UntilFailure([&] { return CreateDocument(Word::Object, document, object); },
-                                [&] { return AddPhysicalIdNode(document, object); },
-                                [&] { return AddObjectChangeStampNode(document, object); },
-                                [&] { return AddCEStampNode(document, object); },
-                                [&] { return AddHashcodeNode(document, object); });
+  HRESULT status = UntilFailure(
+      [&] { return CreateDocument(Word::Object, document, object); },
+      [&] { return AddPhysicalIdNode(document, object); }, [&] { return AddObjectChangeStampNode(document, object); },
+      [&] { return AddCEStampNode(document, object); }, [&] { return AddHashcodeNode(document, object); });
 
   QELXIVARDOSLRDObject_varList path(visited);
   path.Append(QELXIVARDOSLRDObject_var(this));
@@ -123,7 +114,7 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
       status = child->GetXMLFormat(path, nested);
       if (SUCCEEDED(status) && nested) {
         ZYMIDOMNode_var appended;
-        object->appendChild(nested, appended);
+        status = object->appendChild(nested, appended);
       }
     }
     // Inside the loop on purpose: a plain record without children hands out no element.
@@ -301,16 +292,11 @@ HRESULT QELXVARDOSLRDObject::updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObje
   return step.Return(S_OK);
 }
 
-void QELXVARDOSLRDObject::ReadText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag,
-                                   ZYMUnicodeString& value) {
-  if (const ZYMIDOMElement_var found = FirstElement(element, tag); found) {
-    TakeText(found, value);
-  }
-}
-
 void QELXVARDOSLRDObject::ReadRequiredText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag,
                                            ZYMUnicodeString& value) {
-  TakeText(FirstElement(element, tag), value);
+  if (!TakeTextOfFirst(element, tag, value)) {
+    ZYMRaiseNullHandle(ZYMIDOMNode::ClassName());
+  }
 }
 
 void QELXVARDOSLRDObject::ReleaseLater(QELXIVARDOSLRDObject_varList& records) noexcept {

@@ -74,8 +74,8 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   HRESULT GetLocalFileStamp(const ZYMIDOMElement_var& element, ZYMUnicodeString& stamp);
 
   /// An element with one text node, which is there even when the value is empty; it stands nowhere yet.
-  HRESULT CreateTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
-                         ZYMIDOMElement_var& element);
+  HRESULT CreateTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
+                         const ZYMIDOMDocument_var& document, ZYMIDOMElement_var& element);
   HRESULT AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
   HRESULT AddObjectChangeStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
   HRESULT AddCEStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
@@ -87,10 +87,8 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   static HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                 ZYMIDOMElement_var& root);
 
-  /// Takes the text of the first element of that name below element; a missing element, and one without a child, leave
-  /// value as it was.
-  static void ReadText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag, ZYMUnicodeString& value);
-  /// The same, but a missing element raises ZYMNullHandleError: a record file must have it.
+  /// Takes the text of the first element of that name below element, as TakeTextOfFirst does; a missing element raises
+  /// ZYMNullHandleError: a record file must have it.
   static void ReadRequiredText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag, ZYMUnicodeString& value);
 
   /// Drops the list's references. However long the chain of records that dies with them, none is destroyed within

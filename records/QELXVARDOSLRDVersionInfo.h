@@ -3,8 +3,8 @@
 #include "platform/ZYMIDOM.h"
 #include "platform/ZYMUnicodeStringList.h"
 
-/// The table of the format versions: what each can do and which classes read and write it. The tables are made once, when
-/// the module is loaded, so an object of this class costs nothing.
+/// The table of the format versions: what each can do and which classes read and write it. The tables are made once,
+/// when the module is loaded, so an object of this class costs nothing.
 class QELXVARDOSLRDVersionInfo {
  public:
   QELXVARDOSLRDVersionInfo() = default;
@@ -16,7 +16,7 @@ class QELXVARDOSLRDVersionInfo {
   const ZYMUnicodeStringList* GetCapabilities(const ZYMUnicodeString& version) const;
   /// kind: one of KindName. Empty for a version or a kind without entry.
   ZYMUnicodeString GetClassName(const ZYMUnicodeString& version, const ZYMUnicodeString& kind) const;
-  /// The version that a command or response calls for: "2.0" for mode="path" with nocompletion="true", else "4.0"; empty
-  /// when the node is no element.
+  /// The version that a command or response calls for: "2.0" for mode="path" with nocompletion="true", else "4.0";
+  /// empty when the node is no element.
   ZYMUnicodeString GetLRDVersion(const ZYMIDOMNode_var& node) const;
 };

@@ -70,7 +70,7 @@ HRESULT QELXVARDOSRelLRDObject_V3::Initialize(const ZYMIDOMNode_var& node) {
   const Step step(Trace, "QELXVARDOSRelLRDObject_V3::Initialize");
   QELXVARDOSRelLRDObject::Initialize(node);
   if (const ZYMIDOMElement_var element(node); element) {
-    ReadText(element, Word::ChildPhid, childPhid_);
+    TakeTextOfFirst(element, Word::ChildPhid, childPhid_);
   }
   return step.Return(S_OK);
 }

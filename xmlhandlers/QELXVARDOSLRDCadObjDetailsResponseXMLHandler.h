@@ -9,7 +9,7 @@ class QELXVARDOSLRDCadObjDetailsResponseXMLHandler : public QELXVARDOSLRDXMLHand
  public:
   explicit QELXVARDOSLRDCadObjDetailsResponseXMLHandler(const QELIVARDOSGlobalConfigObject_var& config);
 
-  /// The objects below "info", without their structure. Unlike the other handlers it does not test its root: one that is
-  /// no element raises ZYMNullHandleError.
+  /// The objects below "info", without their structure. Unlike the other handlers it does not test its root: one that
+  /// is no element raises ZYMNullHandleError.
   HRESULT GetLRDObjects(const ZYMIDOMNode_var& root, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) override;
 };

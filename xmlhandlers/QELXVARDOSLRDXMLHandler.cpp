@@ -30,6 +30,9 @@ const ZYMUnicodeStringList ParserValues{"false"};
 const ZYMUnicodeStringList WriterOptions{"ZYMEncoding"};
 const ZYMUnicodeStringList WriterValues{"UTF-8"};
 
+ZYM_LOADED_AS(Tables)
+const ZYMUnicodeStringList RecordElements{Word::Object, Word::Structure, Word::Rel, Word::Composition};
+
 constexpr int DeepestNesting = 256;
 
 bool HasTypeClass(const Record& record, const ZYMUnicodeString& typeClass) {
@@ -86,10 +89,10 @@ class QELXVARDOSLRDXMLHandler::RecordReader {
   Record Read(const ZYMIDOMElement_var& element, int depth = 0) {
     Record record;
     factory_.GetLRDObjectFromLRDFile(element, version_, record);
-    if (record) {
+    if (record && HoldsRecords(element)) {
       ForEachChildElement(element, [this, &record, depth](const ZYMIDOMElement_var& child) {
         const ZYMUnicodeString name = NodeName(child);
-        return !IsRecordElement(name) || AddNested(record, child, name, depth + 1);
+        return RecordElements.Locate(name) == 0 || AddNested(record, child, name, depth + 1);
       });
     }
     return record;
@@ -98,8 +101,10 @@ class QELXVARDOSLRDXMLHandler::RecordReader {
   bool IsWithinDepth() const { return withinDepth_; }
 
  private:
-  static bool IsRecordElement(const ZYMUnicodeString& name) {
-    return name == Word::Object || name == Word::Structure || name == Word::Rel || name == Word::Composition;
+  // Most records hold no others; where the tree can tell at once, their children are not walked.
+  static bool HoldsRecords(const ZYMIDOMElement_var& element) {
+    bool present = true;
+    return FAILED(element->hasChildElement(RecordElements, present)) || present;
   }
 
   bool AddNested(const Record& parent, const ZYMIDOMElement_var& element, const ZYMUnicodeString& name, int depth) {
@@ -125,23 +130,41 @@ class QELXVARDOSLRDXMLHandler::RecordReader {
 };
 
 HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) {
+  return TakeRecord(path, Parse(path), record);
+}
+
+// An object without a record is common and a failed attempt to open one is cheap, so the file is not asked for first.
+HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFileIfPresent(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) {
+  const Parsed parsed = Parse(path);
+  if (FAILED(parsed.status) && !QELVARDOSPathUtils::Exists(path)) {
+    return S_OK;
+  }
+  return TakeRecord(path, parsed, record);
+}
+
+QELXVARDOSLRDXMLHandler::Parsed QELXVARDOSLRDXMLHandler::Parse(const ZYMUnicodeString& path) {
+  Parsed parsed;
+  parsed.status = builder_->Parse(path, ParserOptions, ParserValues, parsed.document);
+  return parsed;
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::TakeRecord(const ZYMUnicodeString& path, const Parsed& parsed,
+                                            QELXIVARDOSLRDObject_var& record) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::ReadLRDFile");
   const auto failed = [&step](HRESULT status) {
     QELVARDOSSystemUtils::LogZYMGetLastError(status);
     Trace.Write("Failed in ZYMIXMLDOMDocumentBuilder::Parse");
     return step.Return(E_FAIL);
   };
-  ZYMIDOMDocument_var document;
-  const HRESULT parsed = builder_->Parse(path, ParserOptions, ParserValues, document);
-  if (FAILED(parsed) || document.IsNull()) {
-    return failed(parsed);
+  if (FAILED(parsed.status) || parsed.document.IsNull()) {
+    return failed(parsed.status);
   }
   ZYMIDOMElement_var root;
-  if (const HRESULT status = document->getDocumentElement(root); FAILED(status)) {
+  if (const HRESULT status = parsed.document->getDocumentElement(root); FAILED(status)) {
     return step.Return(status);
   }
   if (root.IsNull()) {
-    return step.Return(parsed);
+    return step.Return(parsed.status);
   }
   const ZYMUnicodeString version = Attribute(root, Word::Version);
   Trace.Write("LRDVersion : ", version);
@@ -155,7 +178,7 @@ HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFile(const ZYMUnicodeString& path, QELXI
   if (read) {
     record = read;
   }
-  return step.Return(parsed);
+  return step.Return(parsed.status);
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records) {
@@ -356,8 +379,8 @@ HRESULT QELXVARDOSLRDXMLHandler::PrepareStructure(const ZYMIDOMNode_var& root, c
   return step.Return(status);
 }
 
-/// Walks a structure depth first with a stack of its own, since its depth is the server's to choose. Every level knows the
-/// first "relationship" below it by the time it is left, so that no subtree is searched twice.
+/// Walks a structure depth first with a stack of its own, since its depth is the server's to choose. Every level knows
+/// the first "relationship" below it by the time it is left, so that no subtree is searched twice.
 class QELXVARDOSLRDXMLHandler::StructureWalk {
  public:
   StructureWalk(QELXVARDOSLRDXMLHandler& handler, const RecordMap& records, const RecordMap& relationships)
@@ -426,7 +449,7 @@ class QELXVARDOSLRDXMLHandler::StructureWalk {
   }
 
   static ZYMIDOMElement_var RelationshipAtOrBelow(const ZYMIDOMNode_var& node, const ZYMUnicodeString& name) {
-    const ZYMIDOMElement_var element(node);
+    ZYMIDOMElement_var element(node);
     if (element.IsNull() || name == Word::Relationship) {
       return element;
     }

@@ -5,8 +5,8 @@
 
 class QELVARDOSFileTransaction;
 
-/// The base of all XML handlers and the handler of plain commands: reads and writes record files, and turns the lists and
-/// the structure of a tree into linked records. A handler serves one call sequence of one caller.
+/// The base of all XML handlers and the handler of plain commands: reads and writes record files, and turns the lists
+/// and the structure of a tree into linked records. A handler serves one call sequence of one caller.
 class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   ZYM_DECLARE_COMPONENT(QELXVARDOSLRDXMLHandler);
 
@@ -19,6 +19,8 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   ~QELXVARDOSLRDXMLHandler() override;
 
   HRESULT ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) override;
+  /// The same, but a file that does not exist is no failure: 0, and record is as it was.
+  HRESULT ReadLRDFileIfPresent(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record);
   /// E_NOTIMPL: the handler of a plain command only reads.
   HRESULT CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
                             const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) override;
@@ -27,8 +29,8 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   /// Writes each record to its file, whose folder must exist. Every file is replaced in whole or stays; all that are
   /// written are durable together. What cannot be written is traced and does not stop the others. Always 0.
   HRESULT WriteToFile(const QELXIVARDOSLRDObject_varList& records);
-  /// Makes and hides the record folder of each selected record that has a file of its own. The status is that of the last
-  /// folder that had to be made, so a later success hides an earlier failure.
+  /// Makes and hides the record folder of each selected record that has a file of its own. The status is that of the
+  /// last folder that had to be made, so a later success hides an earlier failure.
   HRESULT CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& records);
 
   /// The records of the first "cadobjectlist" below root, by CAD id, compositions prepared. Always 0.
@@ -46,7 +48,8 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   /// Links the records along the first "structure" below root.
   HRESULT PrepareStructure(const ZYMIDOMNode_var& root, const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records,
                            const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships);
-  /// Links what stands below node to it, innermost first; node itself is linked to nothing. outer is not used. Always 0.
+  /// Links what stands below node to it, innermost first; node itself is linked to nothing. outer is not used. Always
+  /// 0.
   HRESULT BuildStructureUnderNode(const ZYMIDOMNode_var& node, const ZYMIDOMNode_var& outer,
                                   const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records,
                                   const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships);
@@ -69,15 +72,22 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   };
   static InfoSearch FindInfo(const ZYMIDOMElement_var& root);
 
-  /// Brings the stamps of those records up to date that are selected, have a file of their own and are not the platform's,
-  /// and writes them, folders included.
+  /// Brings the stamps of those records up to date that are selected, have a file of their own and are not the
+  /// platform's, and writes them, folders included.
   void WriteSelected(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);
 
  private:
   class RecordReader;
   class StructureWalk;
 
+  struct Parsed {
+    HRESULT status = S_OK;
+    ZYMIDOMDocument_var document;
+  };
+
   void CreateBuilder(int line);
+  Parsed Parse(const ZYMUnicodeString& path);
+  HRESULT TakeRecord(const ZYMUnicodeString& path, const Parsed& parsed, QELXIVARDOSLRDObject_var& record);
   void WriteRecord(const QELXIVARDOSLRDObject_var& record, QELVARDOSFileTransaction& transaction);
   HRESULT Link(const ZYMIDOMElement_var& object, const ZYMIDOMNode_var& parent, const ZYMIDOMElement_var& relationship,
                const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records,

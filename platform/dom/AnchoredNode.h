@@ -15,6 +15,12 @@ class AnchoredNode : public Interface {
 
   using Interface::QueryInterface;
   HRESULT QueryInterface(const ZYMGuid& interfaceId, void** object) override {
+    // The question that is asked most is for the node's own kind.
+    if (interfaceId == Interface::ClassId()) {
+      *object = static_cast<ZYMBaseUnknown*>(this);
+      this->AddRef();
+      return S_OK;
+    }
     if (interfaceId == AnchorQuestion) {
       *object = &anchor_;
       return S_OK;

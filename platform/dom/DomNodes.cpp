@@ -1,5 +1,6 @@
 #include "platform/dom/DomNodes.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "platform/ZYMFillDictionary.h"
@@ -39,6 +40,25 @@ HRESULT DomElement::setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeS
 
 HRESULT DomElement::hasAttribute(const ZYMUnicodeString& name, bool& present) {
   present = !anchor_.Node().attribute(name.CStr()).empty();
+  return S_OK;
+}
+
+HRESULT DomElement::getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) {
+  const pugi::xml_node first = anchor_.Storage().FirstElementBelow(anchor_.Node(), name.CStr());
+  found = static_cast<bool>(first);
+  if (const pugi::xml_node child = first.first_child()) {
+    text.Assign(child.value());
+  }
+  return S_OK;
+}
+
+HRESULT DomElement::hasChildElement(const ZYMUnicodeStringList& names, bool& present) {
+  present = false;
+  for (pugi::xml_node child = anchor_.Node().first_child(); child && !present; child = child.next_sibling()) {
+    const std::string_view name = child.name();
+    present = std::any_of(names.begin(), names.end(), [name](const auto& wanted) { return name == wanted.View(); }) &&
+              child.type() == pugi::node_element;
+  }
   return S_OK;
 }
 

@@ -18,6 +18,8 @@ class DomElement final : public AnchoredNode<ZYMIDOMElement> {
   HRESULT getAttribute(const ZYMUnicodeString& name, ZYMUnicodeString& value) override;
   HRESULT setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) override;
   HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) override;
+  HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) override;
+  HRESULT hasChildElement(const ZYMUnicodeStringList& names, bool& present) override;
 };
 
 class DomText final : public AnchoredNode<ZYMIDOMText> {

@@ -30,6 +30,8 @@ class DomStorage {
   pugi::xml_node RootElement() const;
   /// The neighbours of a node in document order, among the nodes below root.
   pugi::xml_node NextBelow(pugi::xml_node root, pugi::xml_node node) const;
+  /// The first element of that name below root, which is an element itself; null when there is none.
+  pugi::xml_node FirstElementBelow(pugi::xml_node root, const char* name) const;
   pugi::xml_node PreviousBelow(pugi::xml_node root, pugi::xml_node node) const;
 
   /// A node that stands nowhere yet.

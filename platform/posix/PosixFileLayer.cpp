@@ -35,8 +35,9 @@ auto Uninterrupted(const Call& call) {
 /// An open file, closed at the latest when this goes.
 class Descriptor {
  public:
-  Descriptor(const std::string& path, int flags, mode_t mode = 0)
-      : number_(Uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC, mode); })) {}
+  Descriptor(const std::string& path, int flags, mode_t mode = 0) : Descriptor(AT_FDCWD, path.c_str(), flags, mode) {}
+  Descriptor(int folder, const char* path, int flags, mode_t mode = 0)
+      : number_(Uninterrupted([&] { return openat(folder, path, flags | O_CLOEXEC, mode); })) {}
   ~Descriptor() { Close(); }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
@@ -49,6 +50,63 @@ class Descriptor {
  private:
   int number_;
 };
+
+/// Finds files below the folder that is asked for again and again without walking its path each time: that saves a
+/// microsecond of the six or so that looking at a record takes.
+class Lookups {
+ public:
+  struct Place {
+    int folder;
+    const char* path;
+  };
+
+  void Begin() { ++depth_; }
+  void End() {
+    if (--depth_ == 0) {
+      Forget();
+    }
+  }
+
+  /// Where path is to be looked up; the path must outlive the place.
+  Place Find(const std::string& path) {
+    if (depth_ == 0) {
+      return {AT_FDCWD, path.c_str()};
+    }
+    if (prefix_.empty() || !path.starts_with(prefix_)) {
+      Forget();
+      prefix_.assign(path, 0, path.rfind('/') + 1);
+    }
+    const char* const rest = path.c_str() + prefix_.size();
+    if (prefix_.empty() || *rest == '\0' || *rest == '/' || !IsWorthOpening()) {
+      return {AT_FDCWD, path.c_str()};
+    }
+    return {folder_->Number(), rest};
+  }
+
+ private:
+  /// Files that come from many folders in turn would pay for an opening each.
+  bool IsWorthOpening() {
+    constexpr int SeenBefore = 3;
+    if (folder_ == nullptr && ++seen_ > SeenBefore) {
+      folder_ = std::make_unique<Descriptor>(prefix_, O_PATH | O_DIRECTORY);
+    }
+    return folder_ != nullptr && folder_->IsOpen();
+  }
+
+  void Forget() {
+    folder_.reset();
+    prefix_.clear();
+    seen_ = 0;
+  }
+
+  int depth_ = 0;
+  /// The path of the folder, with a "/" at its end.
+  std::string prefix_;
+  int seen_ = 0;
+  std::unique_ptr<Descriptor> folder_;
+};
+
+thread_local Lookups lookups;
 
 ssize_t ReadAt(const Descriptor& file, char* to, std::size_t most, std::size_t offset) {
   return Uninterrupted([&] { return pread(file.Number(), to, most, static_cast<off_t>(offset)); });
@@ -169,8 +227,9 @@ QELVARDOSFileLayer& QELVARDOSFileLayer::System() {
 }
 
 QELVARDOSFileFacts PosixFileLayer::Stat(const std::string& path) {
+  const Lookups::Place place = lookups.Find(path);
   struct stat facts {};
-  if (stat(path.c_str(), &facts) != 0) {
+  if (fstatat(place.folder, place.path, &facts, 0) != 0) {
     return {};
   }
   return {KindOf(facts.st_mode), facts.st_mtim.tv_sec, static_cast<std::uint64_t>(facts.st_size),
@@ -180,7 +239,8 @@ QELVARDOSFileFacts PosixFileLayer::Stat(const std::string& path) {
 /// A small file takes three system calls. Reading at an offset refuses folders, pipes and sockets by itself, opening
 /// without blocking keeps a pipe from holding us up, and a read that is shorter than asked ends at a file's end.
 std::error_code PosixFileLayer::Read(const std::string& path, std::string& bytes) {
-  const Descriptor file(path, O_RDONLY | O_NONBLOCK);
+  const Lookups::Place place = lookups.Find(path);
+  const Descriptor file(place.folder, place.path, O_RDONLY | O_NONBLOCK);
   if (!file.IsOpen()) {
     return SystemError();
   }
@@ -208,6 +268,10 @@ std::error_code PosixFileLayer::List(const std::string& folder, std::vector<std:
   }
   return SystemError();
 }
+
+void PosixFileLayer::BeginLookups() { lookups.Begin(); }
+
+void PosixFileLayer::EndLookups() { lookups.End(); }
 
 std::error_code PosixFileLayer::MakeFolder(const std::string& path) {
   return ErrorUnless(mkdir(path.c_str(), 0777) == 0);

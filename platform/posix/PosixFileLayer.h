@@ -8,6 +8,8 @@ class PosixFileLayer final : public QELVARDOSFileLayer {
   QELVARDOSFileFacts Stat(const std::string& path) override;
   std::error_code Read(const std::string& path, std::string& bytes) override;
   std::error_code List(const std::string& folder, std::vector<std::string>& names) override;
+  void BeginLookups() override;
+  void EndLookups() override;
   std::error_code MakeFolder(const std::string& path) override;
   std::error_code HideFolder(const std::string& path) override;
   std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override;
