@@ -30,6 +30,8 @@ const char* Lead(RecordFault fault) {
 /// Goes through the record files of folder after folder and prints what is wrong.
 class Checker {
  public:
+  explicit Checker(Progress& progress) : progress_(progress) {}
+
   void CheckFolder(const CadFolder& folder) {
     for (const std::string& name : folder.recordFolder) {
       if (QELVARDOSFileTransaction::IsTemporaryName(name)) {
@@ -47,6 +49,7 @@ class Checker {
   }
 
   void Report(const std::string& file, const std::string& finding) {
+    progress_.Hide();
     Print(Printable(file + ": " + finding) + "\n");
     ++findings_;
   }
@@ -71,6 +74,7 @@ class Checker {
     }
   }
 
+  Progress& progress_;
   RecordReader reader_;
   std::map<std::string, std::string> owners_;
   std::size_t records_ = 0;
@@ -82,8 +86,8 @@ std::string Counted(std::size_t count, const char* what) {
 }
 
 int CheckFolders(const std::vector<std::string>& folders) {
-  Checker checker;
   Progress progress;
+  Checker checker(progress);
   WalkCadFolders(
       folders,
       [&](const CadFolder& folder) {
@@ -91,6 +95,7 @@ int CheckFolders(const std::vector<std::string>& folders) {
         progress.Tell(Counted(checker.Records(), "record") + " read");
       },
       [&](const std::string& path, const std::string& reason) { checker.Report(path, "not readable: " + reason); });
+  progress.Hide();
   Print(Counted(checker.Records(), "record") + ", " + Counted(checker.Findings(), "finding") + "\n");
   return checker.Findings() == 0 ? Done : ModuleRefused;
 }

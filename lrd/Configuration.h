@@ -19,8 +19,8 @@ struct Configuration {
   }
 };
 
-/// A file that is not well-formed, holds an element or attribute that is not known, or lacks one that it must have, ends
-/// the command.
+/// A file that is not well-formed, holds an element or attribute that is not known, or lacks one that it must have,
+/// ends the command.
 Configuration ReadConfiguration(const std::string& file);
 
 }  // namespace lrd

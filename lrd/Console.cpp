@@ -62,6 +62,8 @@ void Complain(std::string_view message) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+void Complain(const std::string& file, const std::string& message) { Complain(file + ": " + message); }
+
 std::string Printable(std::string_view text) {
   std::string printable;
   printable.reserve(text.size());

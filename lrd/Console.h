@@ -12,6 +12,8 @@ bool Print(std::string_view text);
 void FlushPrinted();
 /// A line on standard error, with the program's name before it.
 void Complain(std::string_view message);
+/// The same about a file, named first.
+void Complain(const std::string& file, const std::string& message);
 
 /// The text with its control characters written as \n, \t or \xNN: what comes from a file must not steer the terminal.
 std::string Printable(std::string_view text);

@@ -3,8 +3,10 @@
 #include <array>
 #include <cstdio>
 
+#include "lrd/HostError.h"
 #include "lrd/XmlFile.h"
 #include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMNullHandleError.h"
 
 namespace lrd {
 
@@ -40,9 +42,7 @@ ModuleAnswer CallModule(const char* operation, const std::string& what, const Fi
   }
 }
 
-void RequireModule(const char* operation, const std::string& what, const FileWatch& watch,
-                   const std::function<HRESULT()>& call) {
-  const ModuleAnswer answer = CallModule(operation, what, watch, call);
+void Require(const ModuleAnswer& answer) {
   if (answer.IsRefusal()) {
     throw HostError(ModuleRefused, answer.refusal);
   }
@@ -58,6 +58,19 @@ QELXIVARDOSRecognitionHandler_var RecognitionHandlerFor(QELXVARDOSRecognitionFac
     throw HostError(ModuleRefused, "no recognition handler serves <" + NameOf(root) + ">");
   }
   return handler;
+}
+
+ModuleAnswer Recognise(const QELXIVARDOSRecognitionHandler_var& handler, const std::string& file,
+                       const ZYMIDOMElement_var& request, bool update, const FileWatch& watch,
+                       QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) {
+  ModuleAnswer recognised =
+      CallModule("Recognize", "recognising " + file, watch, [&] { return handler->Recognize(request, records); });
+  if (!update || recognised.IsRefusal()) {
+    return recognised;
+  }
+  const ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico noCache;
+  return CallModule("UpdateRequestAndLRDObjects", "updating " + file, watch,
+                    [&] { return handler->UpdateRequestAndLRDObjects(request, records, noCache); });
 }
 
 }  // namespace lrd

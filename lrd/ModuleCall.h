@@ -1,15 +1,12 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <string>
-#include <utility>
 
 #include "component/QELXIVARDOSRecognitionHandler.h"
 #include "lrd/Configuration.h"
 #include "lrd/FileWatch.h"
-#include "lrd/HostError.h"
 #include "platform/HRESULT.h"
-#include "platform/ZYMNullHandleError.h"
 
 namespace lrd {
 
@@ -26,14 +23,19 @@ struct ModuleAnswer {
 /// the command with it and with the record file that was read last.
 ModuleAnswer CallModule(const char* operation, const std::string& what, const FileWatch& watch,
                         const std::function<HRESULT()>& call);
-/// The same; a negative status ends the command.
-void RequireModule(const char* operation, const std::string& what, const FileWatch& watch,
-                   const std::function<HRESULT()>& call);
+/// A refusal ends the command.
+void Require(const ModuleAnswer& answer);
 
 /// The handler for a tree: command, or the "cname" of the root when command is empty. A tree that no handler serves
 /// ends the command.
 QELXIVARDOSRecognitionHandler_var RecognitionHandlerFor(QELXVARDOSRecognitionFactory factory,
                                                         const Configuration& configuration,
                                                         const ZYMIDOMElement_var& root, const std::string& command);
+
+/// Recognises the request in file; with update, also puts file names, hash codes and types into it. records receives
+/// what the request carries. Answers the refusal that ended it, if any.
+ModuleAnswer Recognise(const QELXIVARDOSRecognitionHandler_var& handler, const std::string& file,
+                       const ZYMIDOMElement_var& request, bool update, const FileWatch& watch,
+                       QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);
 
 }  // namespace lrd

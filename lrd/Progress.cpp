@@ -15,9 +15,12 @@ constexpr const char* ToLineStart = "\r\x1b[K";
 
 Progress::Progress() : next_(std::chrono::steady_clock::now() + std::chrono::seconds(1)), isSeen_(IsTerminal(stderr)) {}
 
-Progress::~Progress() {
+Progress::~Progress() { Hide(); }
+
+void Progress::Hide() {
   if (isShown_) {
     std::fputs(ToLineStart, stderr);
+    isShown_ = false;
   }
 }
 

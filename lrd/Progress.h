@@ -16,6 +16,8 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   void Tell(const std::string& howFar);
+  /// Makes room for another line on the terminal.
+  void Hide();
 
  private:
   std::chrono::steady_clock::time_point next_;

@@ -4,6 +4,7 @@
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
+#include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
 #include "lrd/XmlFile.h"
 
@@ -15,12 +16,10 @@ struct Options {
   std::string request;
   std::string configuration;
   std::string command;
-  std::string output;
+  std::string output = "-";
   bool update = false;
   bool summary = false;
 };
-
-using NoCache = ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico;
 
 /// "120 objects: 97 EXISTS, 20 MODIFIED, 3 UNKNOWN"
 void PrintSummary(const ZYMIDOMElement_var& request) {
@@ -52,13 +51,7 @@ ModuleAnswer CallHandler(const Options& options, const Configuration& configurat
   const QELXIVARDOSRecognitionHandler_var handler =
       RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
   QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
-  ModuleAnswer answer = CallModule("Recognize", "recognising " + options.request, watch,
-                                   [&] { return handler->Recognize(request, records); });
-  if (options.update && !answer.IsRefusal()) {
-    answer = CallModule("UpdateRequestAndLRDObjects", "updating " + options.request, watch,
-                        [&] { return handler->UpdateRequestAndLRDObjects(request, records, NoCache()); });
-  }
-  return answer;
+  return Recognise(handler, options.request, request, options.update, watch, records);
 }
 
 int RecognizeRequest(const Options& options) {

@@ -3,6 +3,7 @@
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/DryRunLayer.h"
+#include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
 #include "lrd/XmlFile.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
@@ -21,40 +22,41 @@ struct Options {
   bool dryRun = false;
 };
 
-/// Only a check-in updates the records of a request; every other response makes its own.
-bool AnswersCheckIn(const ZYMIDOMElement_var& response) {
-  return NameOf(response) == "response" && ZYMUnicodeString(AttributeOf(response, "cname")).Compare("checkinEx") != 0;
+/// The handler that the module chooses for the response; null when none serves it.
+QELXIVARDOSLRDXMLHandler_var ChooseHandler(const Configuration& configuration, const ZYMIDOMElement_var& response) {
+  QELXIVARDOSLRDXMLHandler_var handler;
+  QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(configuration.object, response, handler);
+  return handler;
 }
 
-void RequireFittingRequest(const Options& options, const ZYMIDOMElement_var& response) {
-  if (AnswersCheckIn(response) && options.request.empty()) {
+/// Only a check-in updates the records of a request; every other response makes its own. Which response is one, the
+/// module has decided with its handler.
+bool AnswersCheckIn(const QELXIVARDOSLRDXMLHandler_var& handler) {
+  return handler && handler->IsAKindOf("QELXVARDOSLRDCheckinExResponseXMLHandler");
+}
+
+void RequireFittingRequest(const Options& options, const QELXIVARDOSLRDXMLHandler_var& handler) {
+  if (AnswersCheckIn(handler) && options.request.empty()) {
     throw HostError(UnusableInput, options.response + " answers a checkinEx command: --request is required");
   }
-  if (!AnswersCheckIn(response) && !options.request.empty()) {
+  if (!AnswersCheckIn(handler) && !options.request.empty()) {
     throw HostError(UnusableInput, options.response + " does not answer a checkinEx command: --request is not allowed");
   }
 }
 
-QELXIVARDOSLRDXMLHandler_var ResponseHandler(const Options& options, const Configuration& configuration,
-                                             const ZYMIDOMElement_var& response) {
-  QELXIVARDOSLRDXMLHandler_var handler;
-  QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(configuration.object, response, handler);
+void RequireHandler(const Options& options, const QELXIVARDOSLRDXMLHandler_var& handler,
+                    const ZYMIDOMElement_var& response) {
   if (handler.IsNull()) {
     throw HostError(ModuleRefused, options.response + ": no handler serves <" + NameOf(response) + " cname=\"" +
                                        AttributeOf(response, "cname") + "\">");
   }
-  return handler;
 }
 
 void TakeRecordsOfRequest(const Options& options, const Configuration& configuration, const ZYMIDOMElement_var& request,
                           const FileWatch& watch, RecordMap& records) {
   const QELXIVARDOSRecognitionHandler_var handler =
       RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
-  RequireModule("Recognize", "recognising " + options.request, watch,
-                [&] { return handler->Recognize(request, records); });
-  const ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico noCache;
-  RequireModule("UpdateRequestAndLRDObjects", "updating " + options.request, watch,
-                [&] { return handler->UpdateRequestAndLRDObjects(request, records, noCache); });
+  Require(Recognise(handler, options.request, request, true, watch, records));
 }
 
 ModuleAnswer UpdateRecords(const Options& options, const Configuration& configuration,
@@ -71,7 +73,7 @@ int Report(const FileWatch& watch, const ModuleAnswer& answer) {
     Print("\n");
   }
   for (const auto& [path, reason] : watch.Failed()) {
-    Complain(path + ": " + reason);
+    Complain(path, reason);
   }
   if (answer.IsRefusal()) {
     Complain(answer.refusal);
@@ -83,16 +85,17 @@ int RecordResponse(const Options& options) {
   const Configuration configuration = ReadConfiguration(options.configuration);
   const ZYMIDOMDocument_var responseDocument = ParseXml(options.response);
   const ZYMIDOMElement_var response = RootOf(responseDocument);
-  RequireFittingRequest(options, response);
+  const QELXIVARDOSLRDXMLHandler_var handler = ChooseHandler(configuration, response);
+  RequireFittingRequest(options, handler);
   const ZYMIDOMElement_var request = options.request.empty() ? nullptr : RootOf(ParseXml(options.request));
 
   DryRunLayer memory(QELVARDOSFileLayer::System());
   const FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::System());
-  const QELXIVARDOSLRDXMLHandler_var handler = ResponseHandler(options, configuration, response);
+  RequireHandler(options, handler, response);
   RecordMap records;
   if (request.IsNull()) {
-    RequireModule("GetLRDObjects", "reading " + options.response, watch,
-                  [&] { return handler->GetLRDObjects(response, records); });
+    Require(CallModule("GetLRDObjects", "reading " + options.response, watch,
+                       [&] { return handler->GetLRDObjects(response, records); }));
   } else {
     TakeRecordsOfRequest(options, configuration, request, watch, records);
   }

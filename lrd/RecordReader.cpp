@@ -1,7 +1,9 @@
 #include "lrd/RecordReader.h"
 
+#include <algorithm>
 #include <array>
 #include <span>
+#include <string_view>
 
 #include "lrd/XmlFile.h"
 #include "platform/QELVARDOSFileLayer.h"

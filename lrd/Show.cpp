@@ -156,7 +156,7 @@ int ShowRecords(const Options& options) {
   for (const std::string& file : options.files) {
     const RecordReading reading = reader.Read(file);
     if (reading.fault != RecordFault::None) {
-      Complain(file + ": " + reading.reason);
+      Complain(file, reading.reason);
       status = ModuleRefused;
       shown.push_back({{"file", file}, {"error", reading.reason}});
       continue;

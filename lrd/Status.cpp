@@ -213,7 +213,8 @@ Found FindObjects(const Options& options, Naming naming, Progress& progress) {
         progress.Tell(std::to_string(found.objects.size()) + " objects found");
       },
       [&](const std::string& path, const std::string& reason) {
-        Complain(path + ": " + reason);
+        progress.Hide();
+        Complain(path, reason);
         found.isWhole = false;
       });
   return found;
@@ -242,11 +243,11 @@ void PrintObjects(const std::vector<CadObject>& objects, const Options& options)
 int TellStatus(const Options& options) {
   const Configuration configuration = ReadConfiguration(options.configuration);
   const Naming naming = configuration.object->GetCADName() == "CREO" ? Naming::Creo : Naming::Whole;
-  std::optional<Progress> progress(std::in_place);
-  Found found = FindObjects(options, naming, *progress);
+  Progress progress;
+  Found found = FindObjects(options, naming, progress);
   const std::string total = " of " + std::to_string(found.objects.size()) + " objects recognised";
-  Decide(found.objects, configuration, [&](std::size_t decided) { progress->Tell(std::to_string(decided) + total); });
-  progress.reset();
+  Decide(found.objects, configuration, [&](std::size_t decided) { progress.Tell(std::to_string(decided) + total); });
+  progress.Hide();
   const bool isWhole = found.isWhole;
   const std::vector<CadObject> objects = Sorted(std::move(found));
   PrintObjects(objects, options);

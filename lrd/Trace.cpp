@@ -10,7 +10,7 @@
 
 namespace lrd {
 
-Trace::Trace(const std::string& file) {
+Trace::Trace(const std::string& file) : name_(file) {
   if (file == "-") {
     QELVARDOSClientTrace::TurnOn([](std::string_view, std::string_view line) { Print(std::string(line) + "\n"); });
   } else if (!file.empty()) {
@@ -22,6 +22,11 @@ Trace::Trace(const std::string& file) {
   }
 }
 
-Trace::~Trace() { QELVARDOSClientTrace::TurnOff(); }
+Trace::~Trace() {
+  QELVARDOSClientTrace::TurnOff();
+  if (file_.is_open() && !file_.flush()) {
+    Complain(name_, "the trace could not be written whole");
+  }
+}
 
 }  // namespace lrd

@@ -15,6 +15,7 @@ class Trace {
   Trace& operator=(const Trace&) = delete;
 
  private:
+  std::string name_;
   std::ofstream file_;
 };
 

@@ -13,7 +13,7 @@ namespace lrd {
 
 namespace {
 
-constexpr const char* Command = "synclocalrecognition";
+constexpr const char* CommandName = "synclocalrecognition";
 constexpr std::size_t LargestRequest = 1024;
 
 /// A request for some objects, as the client would send it before a synchronisation.
@@ -22,7 +22,7 @@ class Request {
   explicit Request(std::span<const CadObject> objects) {
     MakeDocumentBuilder()->CreateDocument(document_);
     root_ = Append(document_, "command");
-    root_->setAttribute("cname", Command);
+    root_->setAttribute("cname", CommandName);
     const ZYMIDOMElement_var list = Append(root_, "cadobjectlist");
     for (const CadObject& object : objects) {
       const ZYMIDOMElement_var element = Append(list, "cadobject");
@@ -90,7 +90,7 @@ class Recogniser {
     QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
     QELVARDOSSystemUtils::SetLastError("");
     // A person asks what the records say, also when the client would send this very command without them.
-    QELXVARDOSRecognitionFactory().GetRecognitionHandler(Command, configuration_.object, request.Root(), handler);
+    QELXVARDOSRecognitionFactory().GetRecognitionHandler(CommandName, configuration_.object, request.Root(), handler);
     try {
       const HRESULT status = handler->Recognize(request.Root(), records);
       const std::size_t decided = request.Decided();

@@ -27,7 +27,7 @@ void Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string
   }
 }
 
-/// A link stays a link: what it points at is replaced.
+/// A link to a file stays a link: the file is replaced.
 std::string BehindLinks(const std::string& file) {
   std::error_code none;
   const std::filesystem::path resolved = std::filesystem::canonical(file, none);
@@ -128,8 +128,11 @@ std::vector<std::string> AttributeNamesOf(const ZYMIDOMElement_var& element) {
 }
 
 XmlOutput::XmlOutput(const std::string& file) {
-  if (file.empty() || file == "-") {
+  if (file == "-") {
     return;
+  }
+  if (file.empty()) {
+    throw HostError(UnusableInput, "the name of the output file is empty");
   }
   file_ = BehindLinks(file);
   const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(file_);

@@ -24,7 +24,7 @@ std::vector<std::string> AttributeNamesOf(const ZYMIDOMElement_var& element);
 /// Where a command leaves its document.
 class XmlOutput {
  public:
-  /// file: replaced in one step; "-" and the empty string are standard output. A file that could not be put there ends
+  /// file: replaced in one step; "-" is standard output. A file that could not be put there ends
   /// the command now, before it does any work.
   explicit XmlOutput(const std::string& file);
   void Write(const ZYMIDOMDocument_var& document) const;
