@@ -1,0 +1,107 @@
+// The module comes and goes at run time, in a process that knows nothing of it but the file and the registry.
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/ZYMBaseUnknown.h"
+#include "platform/ZYMFillDictionary.h"
+#include "platform/ZYMHandle.h"
+
+namespace {
+
+constexpr const char* Handler = "QELXVARDOSRecognitionHandler";
+constexpr const char* HandlerInterface = "QELXIVARDOSRecognitionHandler";
+
+std::vector<std::string>& Events() {
+  static std::vector<std::string> events;
+  return events;
+}
+
+void Observe(ZYMDictionaryEvent event, const char* name) {
+  switch (event) {
+    case ZYMDictionaryEvent::MetaObjectAdded:
+      Events().push_back(std::string("+class ") + name);
+      break;
+    case ZYMDictionaryEvent::MetaObjectRemoved:
+      Events().push_back(std::string("-class ") + name);
+      break;
+    case ZYMDictionaryEvent::CreationAdded:
+      Events().push_back(std::string("+creation ") + name);
+      break;
+    case ZYMDictionaryEvent::CreationRemoved:
+      Events().push_back(std::string("-creation ") + name);
+      break;
+  }
+}
+
+/// What has to happen to undo the events, in that order.
+std::vector<std::string> Undone(std::vector<std::string> events) {
+  std::reverse(events.begin(), events.end());
+  for (std::string& event : events) {
+    event.front() = '-';
+  }
+  return events;
+}
+
+class Load : public testing::Test {
+ protected:
+  void SetUp() override {
+    // The root's own meta-object belongs to the platform and stays; it must not count as an event of the module.
+    ZYMBaseUnknown::MetaObject();
+    Events().clear();
+    ZYMObserveDictionary(&Observe);
+  }
+  void TearDown() override { ZYMObserveDictionary(nullptr); }
+};
+
+TEST_F(Load, ComesAndGoesTwiceInARow) {
+  for (int round = 1; round <= 2; ++round) {
+    SCOPED_TRACE(round);
+    Events().clear();
+    void* module = dlopen(LRD_MODULE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    const std::vector<std::string> loading = Events();
+    EXPECT_THAT(loading,
+                testing::ElementsAre("+class QELXIVARDOSLRDObject", "+class QELXIVARDOSLRDXMLHandler",
+                                     "+class QELXIVARDOSRecognitionHandler", "+class QELXVARDOSRecognitionHandler",
+                                     "+creation QELXVARDOSRecognitionHandler"));
+
+    // Loading what is loaded only counts.
+    ASSERT_EQ(dlopen(LRD_MODULE, RTLD_NOW | RTLD_LOCAL), module);
+    EXPECT_EQ(dlclose(module), 0);
+    EXPECT_EQ(Events(), loading);
+
+    Events().clear();
+    EXPECT_EQ(dlclose(module), 0);
+    EXPECT_EQ(Events(), Undone(loading));
+    EXPECT_EQ(dlopen(LRD_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "the module is still in the process";
+  }
+}
+
+TEST_F(Load, CreatesTheHandlerByNameWhileItIsThere) {
+  const std::int64_t living = ZYMBaseUnknown::LivingComponents();
+  EXPECT_EQ(ZYMCreateByName(Handler), nullptr);
+  void* module = dlopen(LRD_MODULE, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(module, nullptr) << dlerror();
+  {
+    const ZYMBaseUnknown_var handler = ZYMBaseUnknown_var::Adopt(ZYMCreateByName(Handler));
+    ASSERT_FALSE(handler.IsNull());
+    EXPECT_STREQ(handler->IsA(), Handler);
+    EXPECT_TRUE(handler->IsAKindOf(HandlerInterface));
+    void* narrowed = nullptr;
+    ASSERT_EQ(handler->QueryInterface(HandlerInterface, &narrowed), S_OK);
+    EXPECT_EQ(handler->Release(), 1U) << "the creation handed over more than one reference";
+  }
+  EXPECT_EQ(ZYMBaseUnknown::LivingComponents(), living);
+  EXPECT_EQ(dlclose(module), 0);
+  EXPECT_EQ(ZYMCreateByName(Handler), nullptr);
+  EXPECT_EQ(ZYMFindMetaObject(HandlerInterface), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,582 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "platform/QELVARDOSFileLayer.h"
+#include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMFillDictionary.h"
+#include "platform/ZYMIDOM.h"
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr const char* Declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+/// A disk with one file, "it".
+class OneFile : public QELVARDOSFileLayerFilter {
+ public:
+  explicit OneFile(std::string text) : QELVARDOSFileLayerFilter(System()), text_(std::move(text)) { Use(this); }
+  ~OneFile() override { Use(nullptr); }
+  std::error_code Read(const std::string& path, std::string& bytes) override {
+    bytes = text_;
+    return path == "it" ? std::error_code() : std::make_error_code(std::errc::no_such_file_or_directory);
+  }
+
+ private:
+  std::string text_;
+};
+
+class DomTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(CreateZYMIXMLDOMDocumentBuilder(builder_), S_OK); }
+  void TearDown() override {
+    builder_ = nullptr;
+    EXPECT_EQ(ZYMBaseUnknown::LivingComponents(), livingBefore_);
+  }
+
+  ZYMIDOMDocument_var Parse(const std::string& text) {
+    const OneFile disk(text);
+    ZYMIDOMDocument_var document;
+    const HRESULT status = builder_->Parse("it", {"ZYMDoValidation"}, {"false"}, document);
+    EXPECT_EQ(FAILED(status), document.IsNull());
+    return document;
+  }
+  std::string Error(const std::string& text) {
+    return Parse(text).IsNull() ? QELVARDOSSystemUtils::LastError() : "accepted";
+  }
+  /// Without the declaration; the reason when the tree cannot be written.
+  std::string Text(const ZYMIDOMNode_var& node) {
+    std::string text;
+    const HRESULT status = builder_->Serialize(node, [&text](std::string_view piece) {
+      text += piece;
+      return true;
+    });
+    return FAILED(status) ? QELVARDOSSystemUtils::LastError() : text.substr(std::string(Declaration).size());
+  }
+  std::string Reread(const std::string& text) {
+    const ZYMIDOMDocument_var document = Parse(text);
+    return document.IsNull() ? QELVARDOSSystemUtils::LastError() : Text(document);
+  }
+  ZYMIDOMDocument_var NewDocument() {
+    ZYMIDOMDocument_var document;
+    EXPECT_EQ(builder_->CreateDocument(document), S_OK);
+    return document;
+  }
+
+  ZYMIXMLDOMDocumentBuilder_var builder_;
+
+ private:
+  std::int64_t livingBefore_ = ZYMBaseUnknown::LivingComponents();
+};
+
+ZYMIDOMElement_var Root(const ZYMIDOMDocument_var& document) {
+  ZYMIDOMElement_var root;
+  EXPECT_EQ(document->getDocumentElement(root), S_OK);
+  return root;
+}
+
+ZYMIDOMElement_var Element(const ZYMIDOMDocument_var& document, const char* name) {
+  ZYMIDOMElement_var element;
+  EXPECT_EQ(document->createElement(name, element), S_OK);
+  return element;
+}
+
+ZYMIDOMText_var TextNode(const ZYMIDOMDocument_var& document, const std::string& value) {
+  ZYMIDOMText_var text;
+  EXPECT_EQ(document->createTextNode(value, text), S_OK);
+  return text;
+}
+
+HRESULT Append(const ZYMIDOMNode_var& parent, const ZYMIDOMNode_var& child) {
+  ZYMIDOMNode_var appended;
+  const HRESULT status = parent->appendChild(child, appended);
+  EXPECT_EQ(appended, SUCCEEDED(status) ? child : nullptr);
+  return status;
+}
+
+template <typename Owner>
+ZYMIDOMNodeList_var Tagged(const Owner& owner, const char* name) {
+  ZYMIDOMNodeList_var list;
+  EXPECT_EQ(owner->getElementsByTagName(name, list), S_OK);
+  return list;
+}
+
+ZYMIDOMNodeList_var Children(const ZYMIDOMNode_var& node) {
+  ZYMIDOMNodeList_var list;
+  EXPECT_EQ(node->getChildNodes(list), S_OK);
+  return list;
+}
+
+ZYMIDOMNode_var Item(const ZYMIDOMNodeList_var& list, int index) {
+  ZYMIDOMNode_var node;
+  EXPECT_EQ(list->item(index, node), S_OK);
+  return node;
+}
+
+int Length(const ZYMIDOMNodeList_var& list) {
+  int length = -1;
+  EXPECT_EQ(list->getLength(length), S_OK);
+  return length;
+}
+
+std::string Attribute(const ZYMIDOMElement_var& element, const char* name) {
+  ZYMUnicodeString value("as it was");
+  EXPECT_EQ(element->getAttribute(name, value), S_OK);
+  return value.Str();
+}
+
+std::string Name(const ZYMIDOMNode_var& node) {
+  ZYMUnicodeString name;
+  EXPECT_EQ(node->getNodeName(name), S_OK);
+  return name.Str();
+}
+
+std::string Value(const ZYMIDOMNode_var& node) {
+  ZYMUnicodeString value;
+  EXPECT_EQ(node->getNodeValue(value), S_OK);
+  return value.Str();
+}
+
+/// "name=value(children)" for every node.
+std::string Shape(const ZYMIDOMNode_var& node) {
+  std::string shape = Name(node) + (Value(node).empty() ? "" : "=" + Value(node));
+  const ZYMIDOMNodeList_var children = Children(node);
+  for (int index = 0; index < Length(children); ++index) {
+    shape += (index == 0 ? "(" : " ") + Shape(Item(children, index));
+  }
+  return Length(children) == 0 ? shape : shape + ")";
+}
+
+std::string Utf16(const std::string& ascii, bool bigEndian) {
+  std::string text = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+  for (const char c : ascii) {
+    text += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+  }
+  return text;
+}
+
+TEST_F(DomTest, ReadsEveryKindOfNode) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"<a/>", "#document(a)"},
+      {"<?xml version='1.0'?>\n<a>\n <b/>\n</a>\n", "#document(a(#text=\n  b #text=\n))"},
+      {"<a>1 &lt; 2 &#x26;&#38;<![CDATA[<&]]></a>", "#document(a(#text=1 < 2 && #cdata-section=<&))"},
+      {"<a><![CDATA[]]>\r\n<!--c--><?p q r?></a>", "#document(a(#cdata-section #text=\n #comment=c p=q r))"},
+      {"<?p?><!--c--><x:a/><!--d-->", "#document(p #comment=c x:a #comment=d)"},
+      {"<!DOCTYPE a SYSTEM 'no&such;' [<!--&c;--><?p &q;?><!ELEMENT a ANY>]><a/>", "#document(a a)"},
+      {"<größe>ä</größe>", "#document(größe(#text=ä))"},
+      {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>", "#document(a(#text=ä))"},
+      {Utf16("<a><b/></a>", true), "#document(a(b))"},
+      {Utf16("<!DOCTYPE a [<!--c-->]><a>b</a>", false), "#document(a a(#text=b))"},
+      {"\xFF\xFE<\0a\0>\0\x3D\xD8\x29\xDD<\0/\0a\0>\0"s, "#document(a(#text=🔩))"},
+  };
+  for (const auto& [text, shape] : cases) {
+    const ZYMIDOMDocument_var document = Parse(text);
+    ASSERT_FALSE(document.IsNull()) << text << QELVARDOSSystemUtils::LastError();
+    EXPECT_EQ(Shape(document), shape);
+    const std::string written = Text(document);
+    EXPECT_EQ(Reread(Declaration + written), written);
+  }
+}
+
+TEST_F(DomTest, RefusesWhatIsNotWellFormedAndSaysWhere) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"", "it:1:1: no element found"},
+      {"<a>\n <b></a>", "it:2:7: mismatched tag"},
+      {"<a><b/>", "it:1:8: no element found"},
+      {"<a", "it:1:1: unclosed token"},
+      {"<a/><b/>", "it:1:5: junk after document element"},
+      {"<a/>\ntext", "it:2:1: junk after document element"},
+      {"text<a/>", "it:1:5: not well-formed (invalid token)"},
+      {"<a b='1' b='2'/>", "it:1:10: duplicate attribute"},
+      {"<a b=\"1\" c=\"2\" b=\"3\"/>", "it:1:16: duplicate attribute"},
+      {"<a b=\"1\"c=\"2\"/>", "it:1:9: not well-formed (invalid token)"},
+      {"<a b=\"<\"/>", "it:1:7: not well-formed (invalid token)"},
+      {"<a>&</a>", "it:1:5: not well-formed (invalid token)"},
+      {"<a>]]></a>", "it:1:6: not well-formed (invalid token)"},
+      {"<a>&nbsp;</a>", "it:1:4: undefined entity"},
+      {"<1/>", "it:1:2: not well-formed (invalid token)"},
+      {"<a>\x01</a>", "it:1:4: not well-formed (invalid token)"},
+      {"<a>\0</a>"s, "it:1:4: not well-formed (invalid token)"},
+      {"<a>&#1;</a>", "it:1:4: reference to invalid character number"},
+      {"<a>\xEF\xBF\xBF</a>", "it:1:4: not well-formed (invalid token)"},
+      {"<a>\xED\xA0\x80</a>", "it:1:4: not well-formed (invalid token)"},
+      {"<a>\xC0\x80</a>", "it:1:4: not well-formed (invalid token)"},
+      {"<a>\xF4\x90\x80\x80</a>", "it:1:4: not well-formed (invalid token)"},
+      {"<a b=\"\xE4\"/>", "it:1:7: not well-formed (invalid token)"},
+      {"\xFF\xFE<\0a\0>\0\n\0\x3D\xD8<\0/\0a\0>\0"s, "it:2:1: not well-formed (invalid token)"},
+      {"<?xml version='1.0' encoding='x-none'?><a/>", "it:1:31: unknown encoding"},
+      {"<!DOCTYPE a [\n <!ENTITY e 'x'>]><a>&e;</a>", "it:2:2: entity declarations are not allowed"},
+      {"<!DOCTYPE a [<!ENTITY lt '&#38;#60;'>]><a/>", "it:1:14: entity declarations are not allowed"},
+      {"<!DOCTYPE a [<!ENTITY % p SYSTEM 'x'>]><a/>", "it:1:14: entity declarations are not allowed"},
+      {"<!DOCTYPE a [%p; <!ENTITY e 'x'>]><a/>", "it:1:14: undefined entity"},
+      {Utf16("<!DOCTYPE a [\n<!ENTITY e 'x'>]><a/>", false), "it:2:1: entity declarations are not allowed"},
+      {"<!DOCTYPE a SYSTEM 'x'><a>&e;</a>", "it:1:27: undefined entity"},
+      {"<!DOCTYPE a SYSTEM 'x'><a b='&lt;&e;'/>", "it:1:24: undefined entity"},
+      {"<!DOCTYPE a SYSTEM 'x' [<!ATTLIST a b CDATA '&e;'>]><a/>", "it:1:52: undefined entity"},
+  };
+  for (const auto& [text, error] : cases) {
+    EXPECT_EQ(Error(text), error) << text;
+  }
+  const std::string defaults = "<!DOCTYPE a [<!ATTLIST b c CDATA '" + std::string(1 << 20, 'x') + "'>]><a>";
+  EXPECT_THAT(Error(defaults + "<b/><b/></a>"), "accepted");
+  std::string many = defaults;
+  for (int count = 0; count < 1000; ++count) {
+    many += "<b/>";
+  }
+  EXPECT_THAT(Error(many + "</a>"), HasSubstr("attribute defaults take too much room"));
+}
+
+TEST_F(DomTest, NamesTheFileThatItCannotRead) {
+  ZYMIDOMDocument_var document = NewDocument();
+  const ZYMIDOMDocument_var before = document;
+  EXPECT_EQ(builder_->Parse("/no such folder/x.xml", {}, {}, document), E_FAIL);
+  EXPECT_EQ(document, before);
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "/no such folder/x.xml: No such file or directory");
+}
+
+/// A comment behind the root element makes a text go the way of texts that are not plain.
+TEST_F(DomTest, PlainTextsReadTheSameOnBothWays) {
+  std::string attributes;
+  for (int number = 0; number < 33; ++number) {
+    attributes += " a" + std::to_string(number) + "=\"\"";
+  }
+  const std::vector<std::string> texts = {
+      "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"uTf-8\"?>\n\n<a/>\n\n",
+      "<a >\n\t<b \n c=\"1\"\td=\"'>&lt;&amp;&quot;&apos;&gt;&#9;&#10;&#13;\" /> </a >",
+      "<a>&#13;&#10; x&amp;amp;y \"quoted\" 'too'</a>",
+      "<a> <b></b> <b> </b>ä軸🔩\xEF\xBF\xBD\x7F</a>",
+      "<a b=\"ä\"><a><a>deep</a></a></a>",
+      "<a" + attributes + "/>",
+  };
+  for (const std::string& text : texts) {
+    const ZYMIDOMDocument_var plain = Parse(text);
+    const ZYMIDOMDocument_var other = Parse(text + "<!---->");
+    ASSERT_FALSE(plain.IsNull() || other.IsNull()) << text;
+    EXPECT_EQ(Shape(Root(plain)), Shape(Root(other)));
+    EXPECT_EQ(Text(Root(plain)), Text(Root(other)));
+  }
+}
+
+TEST_F(DomTest, WritesSpecialCharactersSoThatTheyReadBack) {
+  const std::string value = " \t\r\n\"'<&>]]> ä 軸 🔩 \x7F ";
+  const ZYMIDOMDocument_var document = NewDocument();
+  const ZYMIDOMElement_var root = Element(document, "a");
+  EXPECT_EQ(root->setAttribute("b", "first"), S_OK);
+  EXPECT_EQ(root->setAttribute("b", value), S_OK);
+  EXPECT_EQ(Append(root, TextNode(document, value)), S_OK);
+  EXPECT_EQ(Append(root, Element(document, "none")), S_OK);
+  const ZYMIDOMElement_var empty = Element(document, "empty");
+  EXPECT_EQ(Append(empty, TextNode(document, "")), S_OK);
+  EXPECT_EQ(Append(root, empty), S_OK);
+  EXPECT_EQ(Append(document, root), S_OK);
+
+  const std::string written = Text(document);
+  EXPECT_EQ(written,
+            "<a b=\" &#9;&#13;&#10;&quot;'&lt;&amp;&gt;]]&gt; ä 軸 🔩 \x7F \"> \t&#13;\n\"'&lt;&amp;&gt;]]&gt; ä 軸 🔩 "
+            "\x7F <none/><empty></empty></a>");
+  const ZYMIDOMElement_var read = Root(Parse(written));
+  EXPECT_EQ(Attribute(read, "b"), value);
+  EXPECT_EQ(Value(Item(Children(read), 0)), value);
+}
+
+TEST_F(DomTest, WritesWhatStandsBesideTheRoot) {
+  const std::string text =
+      "<!--c--><?p?><!DOCTYPE a [<!--d-->\n<!ATTLIST a b CDATA \"1\">]>\n<a b=\"1\"><![CDATA[]]]]></a><?q r?>";
+  EXPECT_EQ(Reread("\n" + text + "\n"), text);
+  EXPECT_EQ(Text(Root(Parse(text))), "<a b=\"1\"><![CDATA[]]]]></a>");
+}
+
+TEST_F(DomTest, LeavesTheFileWhenTheTreeCannotBeWritten) {
+  const fs::path file = fs::temp_directory_path() / ("dom-test-" + std::to_string(getpid()) + ".xml");
+  const auto content = [&file] {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+  };
+  const auto write = [&](const ZYMIDOMNode_var& node) {
+    return builder_->Write(node, file.string(), {"ZYMEncoding"}, {"UTF-8"});
+  };
+  const ZYMIDOMDocument_var good = Parse("<a/>");
+  ASSERT_EQ(write(good), S_OK);
+
+  struct Case {
+    std::string tag, attribute, value, reason;
+  };
+  const std::vector<Case> cases = {
+      {"1", "b", "", "\"1\" is no name in XML"},
+      {"", "b", "", "\"\" is no name in XML"},
+      {"a b", "b", "", "\"a b\" is no name in XML"},
+      {"a", "b=", "", "\"b=\" is no name in XML"},
+      {"a", "\xC3\x97", "", "\"\xC3\x97\" is no name in XML"},
+      {"a", "größe", "\x1F", "element \"a\" holds character U+001F, which XML forbids"},
+      {"a", "b", "x\xEF\xBF\xBE", "element \"a\" holds byte 0xEF, which begins no character that XML allows"},
+      {"a", "b", "\xE4", "element \"a\" holds byte 0xE4, which begins no character that XML allows"},
+  };
+  for (const auto& [tag, attribute, value, reason] : cases) {
+    const ZYMIDOMElement_var element = Element(good, tag.c_str());
+    ASSERT_EQ(element->setAttribute(attribute, ""), S_OK);
+    ASSERT_EQ(Append(element, TextNode(good, value)), S_OK);
+    EXPECT_EQ(write(element), E_FAIL);
+    EXPECT_EQ(QELVARDOSSystemUtils::LastError(), file.string() + ": " + reason);
+  }
+  EXPECT_EQ(write(NewDocument()), E_FAIL);
+  EXPECT_EQ(write(TextNode(good, "x")), E_FAIL);
+  EXPECT_EQ(content(), Declaration + "<a/>"s);
+  EXPECT_EQ(builder_->Write(good, file.string() + "/x", {}, {}), E_FAIL);
+  EXPECT_THAT(QELVARDOSSystemUtils::LastError(), HasSubstr(file.string() + "/x: "));
+  fs::remove(file);
+}
+
+TEST_F(DomTest, NulBytesAreRefusedAtOnce) {
+  const ZYMIDOMDocument_var document = Parse("<a b=\"1\"/>");
+  const ZYMUnicodeString cut("x\0y"s);
+  ZYMIDOMElement_var element;
+  ZYMIDOMText_var text;
+  EXPECT_EQ(Root(document)->setAttribute("b", cut), E_FAIL);
+  EXPECT_EQ(Root(document)->setAttribute(cut, "1"), E_FAIL);
+  EXPECT_EQ(document->createElement(cut, element), E_FAIL);
+  EXPECT_EQ(document->createTextNode(cut, text), E_FAIL);
+  EXPECT_EQ(Text(document), "<a b=\"1\"/>");
+}
+
+TEST_F(DomTest, HandsTextOverByPieces) {
+  const ZYMIDOMDocument_var document = NewDocument();
+  const ZYMIDOMElement_var root = Element(document, "a");
+  EXPECT_EQ(Append(document, root), S_OK);
+  for (int count = 0; count < 100'000; ++count) {
+    EXPECT_EQ(Append(root, Element(document, "b")), S_OK);
+  }
+  int pieces = 0;
+  const auto takeThree = [&pieces](std::string_view piece) {
+    EXPECT_LT(piece.size(), 100'000U);
+    return ++pieces < 3;
+  };
+  EXPECT_EQ(builder_->Serialize(document, takeThree), S_OK);
+  EXPECT_EQ(pieces, 3);
+}
+
+TEST_F(DomTest, LookupsThatFindNothingSucceed) {
+  const ZYMIDOMDocument_var document = Parse("<a b=\"\"><!--c--></a>");
+  const ZYMIDOMElement_var root = Root(document);
+  bool present = false;
+  EXPECT_EQ(root->hasAttribute("b", present), S_OK);
+  EXPECT_TRUE(present);
+  EXPECT_EQ(root->hasAttribute("B", present), S_OK);
+  EXPECT_FALSE(present);
+  EXPECT_EQ(Attribute(root, "B"), "");
+  EXPECT_EQ(Length(Tagged(root, "a")), 0);
+  const ZYMIDOMNodeList_var children = Children(root);
+  const ZYMIDOMNode_var comment = Item(children, 0);
+  for (const int index : {-1, 1, 2}) {
+    EXPECT_TRUE(Item(children, index).IsNull());
+  }
+  ZYMIDOMNode_var child = root;
+  EXPECT_EQ(comment->getFirstChild(child), S_OK);
+  EXPECT_TRUE(child.IsNull());
+  EXPECT_TRUE(ZYMIDOMElement_var(comment).IsNull());
+  EXPECT_TRUE(Root(NewDocument()).IsNull());
+}
+
+TEST_F(DomTest, ListsWalkInDocumentOrderAndFollowChanges) {
+  const ZYMIDOMDocument_var document = Parse("<x><x n=\"1\"><x n=\"2\"/><y n=\"3\"/></x>t<x n=\"4\"/><!--c--></x>");
+  const ZYMIDOMElement_var root = Root(document);
+  const ZYMIDOMNodeList_var xs = Tagged(root, "x");
+  const ZYMIDOMNodeList_var all = Tagged(root, "*");
+  const auto numbers = [](const ZYMIDOMNodeList_var& list) {
+    std::string found;
+    for (int index = 0; !Item(list, index).IsNull(); ++index) {
+      found += Attribute(Item(list, index), "n");
+    }
+    for (int index = Length(list) - 1; index >= 0; --index) {
+      found += Attribute(Item(list, index), "n");
+    }
+    return found;
+  };
+  EXPECT_EQ(numbers(xs), "124421");
+  EXPECT_EQ(numbers(all), "12344321");
+  EXPECT_EQ(Length(Tagged(document, "*")), 5);
+  EXPECT_EQ(Length(Children(root)), 4);
+
+  EXPECT_EQ(Append(Item(all, 3), Item(all, 0)), S_OK);
+  EXPECT_EQ(numbers(xs), "412214");
+  EXPECT_EQ(numbers(all), "41233214");
+  const ZYMIDOMElement_var added = Element(document, "x");
+  EXPECT_EQ(added->setAttribute("n", "5"), S_OK);
+  EXPECT_EQ(Length(xs), 3);
+  EXPECT_EQ(Append(root, added), S_OK);
+  EXPECT_EQ(numbers(xs), "41255214");
+}
+
+TEST_F(DomTest, AppendingTakesOverWithEveryHandle) {
+  ZYMIDOMDocument_var source = Parse("<s><t a=\"1\"><u>text</u><u/></t><t/></s>");
+  const ZYMIDOMDocument_var target = Parse("<r/>");
+  const ZYMIDOMElement_var t = Item(Tagged(source, "t"), 0);
+  const ZYMIDOMElement_var sameT = Item(Tagged(source, "t"), 0);
+  const ZYMIDOMElement_var u = Item(Tagged(t, "u"), 1);
+  const ZYMIDOMNodeList_var us = Tagged(t, "u");
+  const ZYMIDOMNode_var text = Item(Children(Item(us, 0)), 0);
+
+  EXPECT_EQ(Append(Root(target), t), S_OK);
+  EXPECT_EQ(Text(source), "<s><t/></s>");
+  EXPECT_EQ(sameT->setAttribute("a", "2"), S_OK);
+  EXPECT_EQ(u->setAttribute("b", "3"), S_OK);
+  EXPECT_EQ(Append(u, text), S_OK);
+  EXPECT_EQ(Append(sameT, Element(target, "u")), S_OK);
+  EXPECT_EQ(Length(us), 3);
+  EXPECT_EQ(Text(target), "<r><t a=\"2\"><u/><u b=\"3\">text</u><u/></t></r>");
+
+  EXPECT_EQ(Append(Root(source), u), S_OK);
+  EXPECT_EQ(Append(Root(target), Root(source)), S_OK);
+  source = nullptr;
+  EXPECT_EQ(Append(u, Element(target, "v")), S_OK);
+  EXPECT_EQ(Text(target), "<r><t a=\"2\"><u/><u/></t><s><t/><u b=\"3\">text<v/></u></s></r>");
+}
+
+TEST_F(DomTest, AnElementOutlivesItsDocumentHandle) {
+  ZYMIDOMElement_var element = Element(NewDocument(), "a");
+  const ZYMIDOMDocument_var target = NewDocument();
+  EXPECT_EQ(Append(target, element), S_OK);
+  EXPECT_EQ(element->setAttribute("b", "1"), S_OK);
+  EXPECT_EQ(Text(target), "<a b=\"1\"/>");
+}
+
+/// Of another implementation than the platform's.
+class ForeignNode : public ZYMIDOMNode {
+  ZYM_DECLARE_COMPONENT(ForeignNode);
+
+ public:
+  HRESULT getNodeName(ZYMUnicodeString&) override { return E_NOTIMPL; }
+  HRESULT getNodeValue(ZYMUnicodeString&) override { return E_NOTIMPL; }
+  HRESULT getFirstChild(ZYMIDOMNode_var&) override { return E_NOTIMPL; }
+  HRESULT getChildNodes(ZYMIDOMNodeList_var&) override { return E_NOTIMPL; }
+  HRESULT appendChild(const ZYMIDOMNode_var&, ZYMIDOMNode_var&) override { return E_NOTIMPL; }
+};
+ZYM_DEFINE_COMPONENT(ForeignNode, ZYMIDOMNode)
+
+TEST_F(DomTest, RefusesNodesWhereTheyCannotStand) {
+  const std::string text = "<!DOCTYPE a><a><b>t<![CDATA[c]]></b></a>";
+  const ZYMIDOMDocument_var document = Parse(text);
+  const ZYMIDOMElement_var root = Root(document);
+  const ZYMIDOMNode_var b = Item(Children(root), 0);
+  const ZYMIDOMNode_var textNode = Item(Children(b), 0);
+  const ZYMIDOMNode_var foreign = ZYMMakeComponent<ForeignNode>();
+  const ZYMIDOMDocument_var other = Parse("<!DOCTYPE o><o/>");
+
+  const ZYMIDOMNode_var section = Item(Children(b), 1);
+  const ZYMIDOMNode_var type = Item(Children(document), 0);
+  const ZYMIDOMNode_var otherRoot = Root(other);
+
+  const std::vector<std::pair<ZYMIDOMNode_var, ZYMIDOMNode_var>> refused = {
+      {root, root},          {b, root},     {root, document}, {root, other},
+      {document, textNode},  {root, type},  {other, type},    {document, section},
+      {document, b},         {textNode, b}, {root, foreign},  {document, otherRoot},
+      {textNode, otherRoot},
+  };
+  for (const auto& [parent, child] : refused) {
+    EXPECT_EQ(Append(parent, child), E_FAIL);
+  }
+  EXPECT_EQ(builder_->Write(foreign, "it", {}, {}), E_FAIL);
+  EXPECT_THROW(Append(root, nullptr), ZYMNullHandleError);
+  EXPECT_EQ(Text(document), "<!DOCTYPE a>\n<a><b>t<![CDATA[c]]></b></a>");
+  EXPECT_EQ(Append(document, root), S_OK);
+  EXPECT_EQ(Text(other), "<!DOCTYPE o>\n<o/>");
+}
+
+TEST_F(DomTest, NodesThatStandNowhereAreInvisible) {
+  const ZYMIDOMDocument_var document = NewDocument();
+  const ZYMIDOMElement_var element = Element(document, "a");
+  ZYMIDOMNode_var child = element;
+  EXPECT_EQ(document->getFirstChild(child), S_OK);
+  EXPECT_TRUE(child.IsNull());
+  EXPECT_EQ(Length(Children(document)) + Length(Tagged(document, "*")), 0);
+  EXPECT_EQ(Append(document, element), S_OK);
+  EXPECT_EQ(Append(document, Item(Children(Parse("<!--c--><b/>")), 0)), S_OK);
+  EXPECT_EQ(Text(document), "<a/><!--c-->");
+}
+
+TEST_F(DomTest, DepthAndBreadthCostNoMoreThanSize) {
+  constexpr int Depth = 100'000;
+  std::string text;
+  for (int depth = 0; depth < Depth; ++depth) {
+    text += "<a>";
+  }
+  for (int depth = 0; depth < Depth; ++depth) {
+    text += "</a>";
+  }
+  for (const char* behind : {"", "<!---->"}) {
+    const ZYMIDOMDocument_var source = Parse(text + behind);
+    ASSERT_FALSE(source.IsNull());
+    const ZYMIDOMNodeList_var all = Tagged(source, "a");
+    EXPECT_EQ(Length(all), Depth);
+    const ZYMIDOMElement_var deepest = Item(all, Depth - 1);
+    const ZYMIDOMDocument_var target = NewDocument();
+    EXPECT_EQ(Append(target, Root(source)), S_OK);
+    EXPECT_EQ(Append(deepest, TextNode(target, "x")), S_OK);
+    EXPECT_EQ(Text(target), std::string(text).replace(text.size() / 7 * 3, 0, "x"));
+  }
+
+  const ZYMIDOMDocument_var broad = NewDocument();
+  const ZYMIDOMElement_var root = Element(broad, "r");
+  EXPECT_EQ(Append(broad, root), S_OK);
+  for (int count = 0; count < Depth; ++count) {
+    ASSERT_EQ(Append(root, Element(broad, "a")), S_OK);
+  }
+  std::vector<ZYMIDOMNode_var> handles;
+  for (const ZYMIDOMNodeList_var& list : {Children(root), Tagged(root, "a")}) {
+    for (int index = 0; index < Length(list); ++index) {
+      handles.push_back(Item(list, index));
+    }
+  }
+  const ZYMIDOMElement_var target = Element(NewDocument(), "t");
+  for (const ZYMIDOMNode_var& handle : handles) {
+    ASSERT_EQ(Append(target, handle), S_OK);
+  }
+  EXPECT_EQ(Length(Children(root)), 0);
+  EXPECT_EQ(Length(Children(target)), Depth);
+}
+
+/// A host's builder that can do nothing.
+class ForeignBuilder : public ZYMIXMLDOMDocumentBuilder {
+ public:
+  HRESULT CreateDocument(ZYMIDOMDocument_var&) override { return E_FAIL; }
+  HRESULT Parse(const ZYMUnicodeString&, const ZYMUnicodeStringList&, const ZYMUnicodeStringList&,
+                ZYMIDOMDocument_var&) override {
+    return E_FAIL;
+  }
+  HRESULT Write(const ZYMIDOMNode_var&, const ZYMUnicodeString&, const ZYMUnicodeStringList&,
+                const ZYMUnicodeStringList&) override {
+    return E_FAIL;
+  }
+};
+
+HRESULT MakeForeignBuilder(ZYMIXMLDOMDocumentBuilder_var& builder) {
+  builder = ZYMMakeComponent<ForeignBuilder>();
+  return S_OK;
+}
+
+HRESULT FailToMakeABuilder(ZYMIXMLDOMDocumentBuilder_var& builder) {
+  builder = nullptr;
+  return E_FAIL;
+}
+
+TEST_F(DomTest, AHostCanPutItsOwnBuilderInPlace) {
+  const ZYMIXMLDOMDocumentBuilder_var own = builder_;
+  EXPECT_EQ(ZYMSetDocumentBuilderCreation(&FailToMakeABuilder), nullptr);
+  EXPECT_EQ(CreateZYMIXMLDOMDocumentBuilder(builder_, XML4C), E_FAIL);
+  EXPECT_EQ(builder_, own);
+  EXPECT_EQ(ZYMSetDocumentBuilderCreation(&MakeForeignBuilder), &FailToMakeABuilder);
+  EXPECT_EQ(CreateZYMIXMLDOMDocumentBuilder(builder_), S_OK);
+  EXPECT_EQ(builder_->Serialize(nullptr, nullptr), E_NOTIMPL);
+  EXPECT_EQ(ZYMSetDocumentBuilderCreation(nullptr), &MakeForeignBuilder);
+}
+
+}  // namespace

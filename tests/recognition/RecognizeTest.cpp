@@ -1,0 +1,379 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/ZYMCheckFailure.h"
+#include "recognition/QELXVARDOSRecognitionFactory.h"
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "tests/support/FailingDom.h"
+#include "tests/support/ModuleTest.h"
+#include "tests/support/RecordingLayer.h"
+#include "tests/support/Records.h"
+#include "tests/support/ScratchFolder.h"
+#include "tests/support/TestConfiguration.h"
+#include "tests/support/TraceLines.h"
+
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class RecognizeTest : public ModuleTest {
+ protected:
+  ZYMHandle<QELXVARDOSRecognitionHandler> Handler(const char* command,
+                                                  const QELIVARDOSGlobalConfigObject_var& config) const {
+    return ZYMMakeComponent<QELXVARDOSRecognitionHandler>(ZYMUnicodeString(command), config);
+  }
+  std::string Object(const std::string& cadId, const std::string& attributes = "") const {
+    return "<cadobject cadid='" + cadId + "' filename='" + cadId + ".prt' dirname='" + folder_.Root() + "' " +
+           attributes + "/>";
+  }
+  static ZYMIDOMElement_var Request(const std::string& objects, const std::string& behind = "",
+                                    const std::string& command = "cname='checkinEx'") {
+    return Tree("<command " + command + "><cadobjectlist>" + objects + "</cadobjectlist>" + behind + "</command>");
+  }
+  ZYMIDOMElement_var Recognized(const ZYMIDOMElement_var& request) {
+    RecordMap records;
+    EXPECT_EQ(handler_->Recognize(request, records), S_OK);
+    return request;
+  }
+  /// What is written into the object a.
+  static std::string Verdict(const ZYMIDOMElement_var& request) {
+    return Show(
+        request, "a",
+        {"status", "phid", "lrdversion", "macroceStamp", "xsStamp", "hashcodefromlrd", "objectChangeStamp", "ceStamp"});
+  }
+  static std::string Brief(const ZYMIDOMElement_var& request, const char* cadId) {
+    return Show(request, cadId, {"status", "phid"});
+  }
+
+  ScratchFolder folder_;
+  const TestConfiguration_var config_ = ZYMMakeComponent<TestConfiguration>();
+  const ZYMHandle<QELXVARDOSRecognitionHandler> handler_ = Handler("CREO", config_);
+};
+
+std::string RecordV4(const std::string& phid, const std::string& stamp, const std::string& nested = "") {
+  return "<object version='4.0'>" + Core(phid, stamp, MacroAndXS) + nested + "</object>";
+}
+std::string Entry(const std::string& id, const std::string& phid) {
+  return "<structure id='" + id + "'>" + Core(phid, "1", MacroAndXS) + "</structure>";
+}
+std::string Rel(const std::string& id, const std::string& phid, const std::string& childPhid = "") {
+  return "<rel id='" + id + "'><phid>" + phid + "</phid><childPhid>" + childPhid + "</childPhid></rel>";
+}
+/// Object o below object asm, through a relationship "U".
+const std::string OBelowAsm =
+    "<relationshiplist><relationship rid='1' reluuid='U' topnode='dpt'/></relationshiplist><structure><cadobject "
+    "cadid='asm'>"
+    "<cadobject cadid='o'><relationship rid='1'/></cadobject></cadobject></structure>";
+
+TEST_F(RecognizeTest, an_own_record_decides_by_its_stamp_and_writes_what_it_remembers) {
+  folder_.PutRecord("a.prt", RecordV4("P", "100"));
+  const auto known = [](const std::string& status, const std::string& ceStamp) {
+    return "status=" + status +
+           " phid=P lrdversion=4.0 macroceStamp=M xsStamp=XS hashcodefromlrd=H objectChangeStamp=100 ceStamp=" +
+           ceStamp;
+  };
+  const std::string unknown = "status=UNKNOWN phid= lrdversion=4.0 macroceStamp= xsStamp= hashcodefromlrd=";
+  for (const auto& [fileTime, attributes, verdict] :
+       Rows<3>{{"100", "", known("EXISTS", "CE")},
+               {"101", "", known("MODIFIED", "CE")},
+               {"99", "", known("MODIFIED", "CE")},
+               {"100", "modified='TRUE'", known("MODIFIED", "CE")},
+               {"100", "modified='true' recognizeasnew='true'", known("EXISTS", "CE")},
+               {"100", "ceStamp='mine' phid='' status='old'", known("EXISTS", "CE")},
+               {"100", "ceStamp='mine' xsStamp='XS'", known("EXISTS", "mine")},
+               {"100", "xsStamp='XS'", known("EXISTS", "")},
+               {"100", "ceStamp='mine' xsStamp=''", known("EXISTS", "CE")},
+               {"100", "recognizeasnew='TRUE' modified='TRUE'", unknown},
+               {"100", "recognizeasnew='TRUE' ceStamp='mine'", unknown + " ceStamp=mine"},
+               {"100", "recognizeasnew='TRUE' xsStamp=''", unknown + " ceStamp="}}) {
+    folder_.PutFile("a.prt", std::stol(fileTime));
+    EXPECT_EQ(Verdict(Recognized(Request(Object("a", attributes)))), verdict) << fileTime << " " << attributes;
+  }
+}
+
+TEST_F(RecognizeTest, empty_values_of_a_record_are_written_but_an_empty_ce_stamp_leaves_the_request_s) {
+  folder_.PutFile("a.prt", 100);
+  const std::string core = "<phid/><objectChangeStamp>100</objectChangeStamp><ceStamp/><hashcode/>";
+  folder_.PutRecord("a.prt", "<object version='1.0'>" + core + "</object>");
+  for (const char* attributes : {"ceStamp='mine'", "ceStamp='mine' xsStamp='XS'", "ceStamp='mine' xsStamp=''"}) {
+    EXPECT_EQ(Verdict(Recognized(Request(Object("a", attributes)))),
+              "status=EXISTS phid= lrdversion=1.0 macroceStamp= xsStamp= hashcodefromlrd= objectChangeStamp=100 "
+              "ceStamp=mine");
+  }
+  folder_.PutRecord("a.prt", "<object version='9.9'>" + core + "</object>");
+  EXPECT_EQ(Brief(Recognized(Request(Object("a"))), "a"), "status=UNKNOWN phid=") << "of an unknown format";
+}
+
+TEST_F(RecognizeTest, a_physical_id_decides_without_a_look_at_the_record) {
+  folder_.PutFile("a.prt", 100);
+  folder_.PutRecord("a.prt", "damaged");
+  for (const auto& [attributes, verdict] : Rows<2>{{"recognizeasnew='TRUE'", "status=EXISTS phid=X"},
+                                                   {"modified='TRUE'", "status=MODIFIED phid=X"},
+                                                   {"modified='true'", "status=EXISTS phid=X"},
+                                                   {"recognizeasnew='true' modified='TRUE'", "status=UNKNOWN phid="}}) {
+    const ZYMIDOMElement_var request = Recognized(Request(Object("a", "phid='X' " + attributes)));
+    EXPECT_EQ(Verdict(request), verdict + " lrdversion=4.0 macroceStamp= ceStamp=") << attributes;
+  }
+}
+
+TEST_F(RecognizeTest, the_version_of_a_record_stays_for_the_objects_behind_it) {
+  for (const auto& [name, version] : Rows<2>{{"v1.prt", " version='1.0'"}, {"v0.prt", ""}}) {
+    folder_.PutFile(name, 1);
+    folder_.PutRecord(name, "<object" + version + ">" + Core() + "</object>");
+  }
+  const ZYMIDOMElement_var request =
+      Recognized(Request(Object("a", "phid='1'") + Object("b") + Object("v1") + Object("c", "phid='2'") + Object("d") +
+                             Object("v0") + Object("e", "phid='3'"),
+                         "", "mode='path' nocompletion='true'"));
+  std::string versions;
+  for (const char* id : {"a", "b", "v1", "c", "d", "v0", "e"}) {
+    versions += Show(request, id, {"lrdversion"}).substr(11) + " ";
+  }
+  EXPECT_EQ(versions, "2.0 2.0 1.0 1.0 1.0   ");
+}
+
+TEST_F(RecognizeTest, an_object_without_a_record_is_looked_for_in_the_first_composition_that_has_one) {
+  folder_.PutRecord("f.prt", RecordV4("F", "1", Entry("x", "X") + Entry("empty", "") + Entry("", "nameless")));
+  folder_.PutRecord("g.prt", RecordV4("G", "1", Entry("x", "late") + Entry("y", "Y")));
+  folder_.PutRecord("own.prt", RecordV4("OWN", "5", Entry("me", "MYSELF")));
+  folder_.PutRecord("both.prt", RecordV4("OWN", "5"));
+  folder_.PutFile("both.prt", 5);
+  folder_.PutFile("file.prt", 7);
+  const std::string x = "type='instance' name='x' ";
+  for (const auto& [what, id, attributes, verdict] :
+       Rows<4>{{"the second has a record", "o", x + "familyid='none,h' composerid='f,g'", "EXISTS phid=X"},
+               {"the family comes first", "o", x + "composerid='f' familyid='g'", "EXISTS phid=late"},
+               {"only the first record counts", "o", "type='instance' name='y' familyid='f,g'", "UNKNOWN phid="},
+               {"modified", "o", x + "familyid='f' modified='TRUE'", "MODIFIED phid=X"},
+               {"as new", "o", x + "familyid='f' recognizeasnew='TRUE'", "UNKNOWN phid="},
+               {"no physical id", "o", "type='instance' name='empty' familyid='f' modified='TRUE'", "UNKNOWN phid="},
+               {"no identifier", "o", "type='instance' familyid='f'", "UNKNOWN phid="},
+               {"no record anywhere", "o", x + "familyid='h'", "UNKNOWN phid="},
+               {"a parent is not asked", "o", x + "parentid='f'", "UNKNOWN phid="},
+               {"a file without a record", "file", x + "familyid='f'", "EXISTS phid=X"},
+               {"an own record counts more", "both", x + "familyid='f'", "EXISTS phid=OWN"},
+               {"but not of an object without a file", "both", "type='bare' name='x' familyid='f'", "EXISTS phid=X"},
+               {"its own record holds it", "own", "type='instance' name='me' familyid='h'", "EXISTS phid=MYSELF"},
+               {"its own record does not", "own", x, "UNKNOWN phid="}}) {
+    const ZYMIDOMElement_var request =
+        Recognized(Request(Object(id, attributes) + Object("f") + Object("g") + Object("h"), "", ""));
+    EXPECT_EQ(Brief(request, id.c_str()), "status=" + verdict) << what;
+    EXPECT_EQ(Show(request, id, {"objectChangeStamp"}).empty(), verdict != "EXISTS phid=OWN") << what;
+  }
+}
+
+TEST_F(RecognizeTest, a_relationship_that_request_and_record_share_leads_to_the_entry_before_the_identifier_does) {
+  for (const auto& [rels, phid] : Rows<2>{{Rel("U", "R", "BY-REL"), "BY-REL"},
+                                          {"", "BY-ID"},
+                                          {Rel("V", "R", "BY-REL"), "BY-ID"},
+                                          {Rel("U", "R") + Rel("U", "R", "BY-REL"), "BY-ID"},
+                                          {Rel("U", "R", "GONE"), "BY-ID"}}) {
+    folder_.PutRecord("asm.prt", RecordV4("ASM", "1", rels + Entry("o.prt", "BY-ID") + Entry("other", "BY-REL")));
+    const ZYMIDOMElement_var request = Request(Object("asm") + Object("o", "type='part' composerid='asm'"), OBelowAsm);
+    EXPECT_EQ(Brief(Recognized(request), "o"), "status=EXISTS phid=" + phid) << rels;
+  }
+}
+
+TEST_F(RecognizeTest, a_shared_record_is_read_once_in_a_call_and_nothing_on_disk_changes) {
+  std::string entries;
+  std::string objects = Object("f");
+  for (int number = 0; number < 20; ++number) {
+    const std::string name = std::to_string(number);
+    entries += Entry(name, "P" + name);
+    objects += Object("o" + name, "type='instance' name='" + name + "' familyid='f'");
+  }
+  folder_.PutFile("f.prt", 100);
+  folder_.PutRecord("f.prt", RecordV4("F", "100", entries));
+  const RecordingLayer layer;
+  for (const long round : {1, 2}) {
+    EXPECT_EQ(Brief(Recognized(Request(objects)), "o19"), "status=EXISTS phid=P19");
+    EXPECT_EQ(layer.CountReads(folder_.At(".KORVANTHEMIX/f.prt.xml")), 2 * round)
+        << "as its own, and for all its entries";
+  }
+  EXPECT_THAT(layer.changes, IsEmpty());
+}
+
+TEST_F(RecognizeTest, empty_physical_ids_of_relationships_are_filled_from_own_records) {
+  folder_.PutFile("a.prt", 1);
+  folder_.PutFile("b.prt", 1);
+  folder_.PutRecord("a.prt", RecordV4("A", "1", Rel("1", "R1") + Rel("2", "") + Rel("2", "R2") + Rel("", "NO")));
+  folder_.PutRecord("b.prt", RecordV4("B", "1", Rel("1", "LATE") + Rel("3", "R3")));
+  const ZYMIDOMElement_var request = Recognized(Request(
+      Object("a") + Object("b"),
+      "<relationshiplist><r/>text<r reluuid='1'/><r reluuid='2' phid=''/><r reluuid='3' phid='set'/>"
+      "<r reluuid='4'/><r reluuid='1'/></relationshiplist><relationshiplist><r reluuid='1'/></relationshiplist>"));
+  EXPECT_EQ(Text(Tagged(request, "relationshiplist")),
+            "<relationshiplist><r/>text<r reluuid=\"1\" phid=\"R1\"/><r reluuid=\"2\" phid=\"R2\"/><r reluuid=\"3\" "
+            "phid=\"set\"/>"
+            "<r reluuid=\"4\"/><r reluuid=\"1\" phid=\"R1\"/></relationshiplist>");
+  EXPECT_EQ(Text(Tagged(request, "relationshiplist", 1)), "<relationshiplist><r reluuid=\"1\"/></relationshiplist>");
+}
+
+TEST_F(RecognizeTest, a_damaged_record_ends_the_call_behind_its_object_and_the_handler_stays_usable) {
+  for (const char* name : {"good.prt", "bad.prt", "last.prt"}) {
+    folder_.PutFile(name, 1);
+    folder_.PutRecord(name, RecordV4("P", "1"));
+  }
+  const std::string all = Object("good") + Object("bad") + Object("last");
+  ZYMIDOMElement_var request = Request(all);
+  RecordMap records;
+  folder_.PutRecord("bad.prt", RecordV4("P", "1").substr(0, 60));
+  EXPECT_EQ(handler_->Recognize(request, records), E_FAIL);
+  EXPECT_EQ(Brief(request, "good") + Brief(request, "bad") + Brief(request, "last"),
+            "status=EXISTS phid=Pstatus=UNKNOWN phid=");
+  folder_.PutRecord("bad.prt", "<object version='4.0'><phid/><objectChangeStamp/><hashcode/></object>");
+  request = Request(all);
+  EXPECT_THROW(handler_->Recognize(request, records), ZYMNullHandleError);
+  EXPECT_EQ(Brief(request, "good") + Brief(request, "bad"), "status=EXISTS phid=P");
+  folder_.PutRecord("bad.prt", RecordV4("P", "1"));
+  EXPECT_EQ(Brief(Recognized(Request(all)), "last"), "status=EXISTS phid=P");
+}
+
+TEST_F(RecognizeTest, the_name_of_the_cad_system_comes_from_the_command_or_the_configuration) {
+  for (const char* name : {"a.prt", "a.prt.3"}) {
+    folder_.PutFile(name, 1);
+    folder_.PutRecord(name, RecordV4(name, "1"));
+  }
+  for (const auto& [command, cad, phid] : Rows<3>{{"CREO", "OTHER", "a.prt"},
+                                                  {"checkinEx", "CREO", "a.prt"},
+                                                  {"checkinEx", "OTHER", "a.prt.3"},
+                                                  {"CREO", "none", "a.prt"},
+                                                  {"Creo", "none", "a.prt.3"}}) {
+    config_->cadName = cad;
+    const QELIVARDOSGlobalConfigObject_var config = cad == "none" ? nullptr : QELIVARDOSGlobalConfigObject_var(config_);
+    const ZYMIDOMElement_var request =
+        Request("<cadobject cadid='a' filename='a.prt.3' dirname='" + folder_.Root() + "'/>", "", "");
+    RecordMap records;
+    EXPECT_EQ(Handler(command.c_str(), config)->Recognize(request, records), S_OK);
+    EXPECT_EQ(Brief(request, "a"), "status=EXISTS phid=" + phid) << command << " " << cad;
+  }
+}
+
+TEST_F(RecognizeTest, only_the_children_of_the_first_list_are_objects_and_equal_ids_are_recognised_each) {
+  const ZYMIDOMElement_var request =
+      Recognized(Request(" <!--c--><o cadid='a' phid='1'/>text<?p?><o cadid='a'><o phid='2'/></o>",
+                         "<cadobjectlist><o phid='3'/></cadobjectlist>", ""));
+  const std::string unknown =
+      " status=\"UNKNOWN\" phid=\"\" lrdversion=\"4.0\" macroceStamp=\"\" xsStamp=\"\" hashcodefromlrd=\"\"";
+  EXPECT_EQ(
+      Text(request),
+      "<command><cadobjectlist> <!--c--><o cadid=\"a\" phid=\"1\" status=\"EXISTS\" ceStamp=\"\" macroceStamp=\"\" "
+      "lrdversion=\"4.0\"/>text<?p?><o cadid=\"a\"" +
+          unknown +
+          "><o phid=\"2\"/></o></cadobjectlist>"
+          "<cadobjectlist><o phid=\"3\"/></cadobjectlist></command>");
+  RecordMap records;
+  EXPECT_EQ(handler_->Recognize(TextNode(), records), S_OK);
+  EXPECT_EQ(Text(Recognized(Tree("<command><cadobject phid='1'/></command>"))),
+            "<command><cadobject phid=\"1\"/></command>");
+}
+
+TEST_F(RecognizeTest, the_records_that_the_request_carries_come_back_as_recognised) {
+  folder_.PutFile("a.prt", 1);
+  folder_.PutRecord("a.prt", RecordV4("P", "1"));
+  const ZYMIDOMElement_var request = Request(Object("a") + Object("b", "phid='B' xsStamp='XB'") +
+                                             Object("c", "type='bare'") + Object("v", "type='preview'"));
+  RecordMap records;
+  EXPECT_EQ(handler_->Recognize(request, records), S_OK);
+  EXPECT_EQ(records.Size(), 2);
+  EXPECT_EQ(Fields(records["a"]), "phid=P stamp=1 ce=CE macro=M xs=XS version=4.0 cadid=a origin=null flags=write");
+  EXPECT_EQ(Fields(records["b"]), "phid=B xs=XB version=4.0 cadid=b origin=null flags=write");
+}
+
+TEST_F(RecognizeTest, the_trace_tells_of_an_object_in_order_and_nothing_when_it_is_off) {
+  folder_.PutFile("a.prt", 100);
+  folder_.PutRecord("a.prt", RecordV4("P", "100"));
+  const TraceLines off;
+  QELVARDOSClientTrace::TurnOff();
+  Recognized(Request(Object("a")));
+  EXPECT_THAT(off.all, IsEmpty());
+
+  const TraceLines trace;
+  Recognized(Request(" " + Object("a")));
+  EXPECT_TRUE(trace.HasInOrder({"QELXVARDOSRecognitionHandler::Recognize",
+                                "QELXVARDOSRecognitionHandler::GetLRDMap",
+                                "xml handler of type : QELXVARDOSLRDXMLHandler",
+                                "LRDObject of class: QELXVARDOSFullLRDObject_V4 created",
+                                " Size of CADId to LRD Map = 1",
+                                "QELXVARDOSRecognitionHandler::getCadidObjectNodeMap",
+                                "returns 0",
+                                " Size of CADId XML Node Map = 1",
+                                " Number of cadobjlist child nodes = 2",
+                                "Recognizing the object using LRD of object cadid : a",
+                                "QELXVARDOSRecognitionHandler::getLRDObject",
+                                "Object File: " + folder_.At("a.prt"),
+                                "LRD File: " + folder_.At(".KORVANTHEMIX/a.prt.xml"),
+                                "QELXVARDOSLRDXMLHandler::ReadLRDFile",
+                                "LRDVersion : 4.0",
+                                "LRD file present on disc",
+                                "File stamp for file " + folder_.At("a.prt") + " is : 100",
+                                "QELXVARDOSRecognitionHandler::UpdateRelNode",
+                                "LRD object is of version :  4.0",
+                                "Object cadid : a is recognized as : EXISTS",
+                                "phid updated with value: P",
+                                "returns 0"}))
+      << testing::PrintToString(trace.all);
+  EXPECT_EQ(trace.all.back(), "returns 0");
+  EXPECT_THAT(trace.channels, Each("QELVARDOSDetails"));
+}
+
+TEST_F(RecognizeTest, a_failing_tree_ends_in_a_status_or_a_null_handle_error_and_leaves_nothing) {
+  folder_.PutFile("asm.prt", 1);
+  folder_.PutRecord("asm.prt", RecordV4("A", "1", Rel("U", "R", "O") + Entry("o.prt", "O")));
+  const std::string objects = Object("asm") + Object("o", "type='part' composerid='asm'") + Object("p", "phid='P'");
+  ZYMObserveCheckFailures([](std::string_view, std::string_view, int) {});
+  bool failed = true;
+  for (int calls = 0; failed; ++calls) {
+    ASSERT_LT(calls, 2000);
+    const std::int64_t living = ZYMBaseUnknown::LivingComponents();
+    {
+      const ZYMIDOMElement_var request = FailingDom::Wrap(Request(objects, OBelowAsm));
+      const FailingDom dom(calls);
+      RecordMap records;
+      try {
+        handler_->Recognize(request, records);
+        failed = dom.HasFailed();
+      } catch (const ZYMNullHandleError&) {
+        EXPECT_TRUE(dom.HasFailed());
+      }
+    }
+    ASSERT_EQ(ZYMBaseUnknown::LivingComponents(), living) << "after " << calls << " calls";
+  }
+  ZYMObserveCheckFailures(nullptr);
+  EXPECT_EQ(Brief(Recognized(Request(objects, OBelowAsm)), "o"), "status=EXISTS phid=O");
+}
+
+class TestContext : public QELIVARDOSClientContext {
+ public:
+  ZYMUnicodeStringList GetCommandsWithoutLRD() override { return {"export", "print"}; }
+};
+
+TEST_F(RecognizeTest, a_listed_command_or_a_request_for_files_alone_does_without_records) {
+  const QELIVARDOSClientContext_var context = ZYMMakeComponent<TestContext>();
+  for (const auto& [command, request, with, handlerName] :
+       Rows<4>{{"print", "<c/>", "context", "HandlerNoLRD"},
+               {"Print", "<c/>", "context", "Handler"},
+               {"print", "<c/>", "", "Handler"},
+               {"x", "<c downloadfileonly='TRUE'/>", "", "HandlerNoLRD"},
+               {"x", "<c downloadfileonly='TRUE'/>", "context", "HandlerNoLRD"},
+               {"x", "<c downloadfileonly='true'/>", "context", "Handler"}}) {
+    QELXVARDOSRecognitionFactory factory =
+        with.empty() ? QELXVARDOSRecognitionFactory() : QELXVARDOSRecognitionFactory(context);
+    QELXIVARDOSRecognitionHandler_var handler;
+    const ZYMIDOMElement_var root = Tree(request);
+    const TraceLines trace;
+    EXPECT_EQ(factory.GetRecognitionHandler(command, config_, root, handler), S_OK);
+    EXPECT_EQ(handler->IsA(), "QELXVARDOSRecognition" + handlerName) << command << request;
+    EXPECT_THAT(trace.all, Contains("LRD recognition object of type : ZYMBaseUnknown created"));
+    handler = nullptr;
+    EXPECT_EQ(factory.GetRecognitionHandler(command, config_, TextNode(), handler), S_OK);
+    EXPECT_TRUE(handler.IsNull());
+  }
+}
+
+}  // namespace

@@ -1,0 +1,221 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "tests/support/FailingDom.h"
+#include "tests/support/ModuleTest.h"
+#include "tests/support/Records.h"
+#include "tests/support/ScratchFolder.h"
+#include "tests/support/TestConfiguration.h"
+#include "tests/support/TraceLines.h"
+
+using testing::Contains;
+using testing::HasSubstr;
+
+namespace {
+
+using CacheInformation = ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico;
+
+class WriteBackTest : public ModuleTest {
+ protected:
+  /// Records whose key is both their CAD id and their physical id.
+  static RecordMap Map(const std::string& keys) {
+    RecordMap map;
+    for (const char key : keys) {
+      const std::string id(1, key);
+      map.Insert(id, FullV4("<o cadid='" + id + "' phid='" + id + "' hashcode='H" + id + "' mxtype='T" + id +
+                            "' filename='" + id + ".prt.2' dirname='/old'/>"));
+    }
+    return map;
+  }
+  std::string Object(const std::string& id, const std::string& attributes = "") const {
+    return "<cadobject cadid='" + id + "' phid='" + id + "' dirname='" + folder_.Root() + "' " + attributes + "/>";
+  }
+  static ZYMIDOMElement_var InRoot(const std::string& objects) {
+    return Tree("<command cname='checkinEx'><cadobjectlist>text" + objects + "</cadobjectlist></command>");
+  }
+  static ZYMIDOMElement_var InInfo(const std::string& objects) {
+    return Tree(
+        "<command cname='checkinEx'><cadobjectlist><cadobject cadid='root' "
+        "phid='a'/></cadobjectlist><info><cadobjectlist>"
+        "text" +
+        objects + "</cadobjectlist></info></command>");
+  }
+
+  ScratchFolder folder_;
+  const TestConfiguration_var config_ = ZYMMakeComponent<TestConfiguration>();
+  const ZYMHandle<QELXVARDOSRecognitionHandler> handler_ = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(
+      ZYMUnicodeString("CREO"), QELIVARDOSGlobalConfigObject_var(config_));
+};
+
+TEST_F(WriteBackTest, requests_receive_names_hash_codes_and_types_and_records_receive_paths_and_stamps) {
+  folder_.PutFile("b.prt.7", 100);
+  CacheInformation cache;
+  ZYMUnicodeStringZYMUnicodeStringDico known;
+  known.Insert("hashcode", "CACHED");
+  for (const char* id : {"a", "s", "root"}) {
+    cache.Insert(id, known);
+  }
+  cache.Insert("t", ZYMUnicodeStringZYMUnicodeStringDico());
+  const std::string objects = Object("a") + Object("b", "filename='b.prt.7' hashcode='old'") +
+                              Object("s", "streamkind='k'") + Object("t", "streamkind='k'") +
+                              Object("u", "streamkind='k'") + Object("unknown");
+  for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
+    const RecordMap records = Map("abstu");
+    const TraceLines trace;
+    EXPECT_EQ(handler_->UpdateRequestAndLRDObjects(root, records, cache), S_OK);
+    std::string shown;
+    for (const char* id : {"a", "b", "s", "unknown", "root"}) {
+      shown += Show(root, id, {"filename", "hashcode", "mxtype"}) + "; ";
+    }
+    const bool info = !Tagged(root, "info").IsNull();
+    EXPECT_EQ(
+        shown,
+        std::string("filename=a.prt.2 hashcode=Ha mxtype=Ta; filename=b.prt.7 hashcode=Hb mxtype=Tb; mxtype=Ts; ; ") +
+            (info ? "; " : "none; "));
+    EXPECT_THAT(trace.all, Contains(info ? "Processing Info Node" : "Processing Command Node"));
+    EXPECT_THAT(trace.all, Contains("cadobjectNode count : 7"));
+    std::string hashcodes;
+    for (const char* id : {"a", "s", "t", "u"}) {
+      hashcodes += records[id]->GetHashcode().Str() + " ";
+    }
+    EXPECT_EQ(hashcodes, "Ha CACHED Ht Hu ");
+    EXPECT_EQ(records["b"]->GetObjectFilePath().ToString(), folder_.At("b.prt.7"));
+    EXPECT_EQ(records["b"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/b.prt.xml"));
+    EXPECT_EQ(records["b"]->GetObjectChangeStamp(), "100");
+  }
+}
+
+TEST_F(WriteBackTest, records_alone_receive_paths_and_no_stamp) {
+  folder_.PutFile("a.prt.9", 100);
+  const std::string objects = Object("a", "filename='a.prt.9'") + Object("unknown", "filename='x'");
+  for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
+    const RecordMap records = Map("ab");
+    EXPECT_EQ(handler_->UpdateLRDObjects(root, records), S_OK);
+    EXPECT_EQ(records["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
+    EXPECT_EQ(records["a"]->GetObjectFilePath().ToString(), folder_.At("a.prt.9"));
+    EXPECT_EQ(records["a"]->GetObjectChangeStamp(), "");
+    EXPECT_EQ(records["b"]->GetObjectFilePath().ToString(), "/old/b.prt.2");
+  }
+}
+
+TEST_F(WriteBackTest, a_failing_search_for_the_information_is_the_status_and_leaves_all_as_it_was) {
+  const RecordMap records = Map("a");
+  const ZYMIDOMElement_var tree = InRoot(Object("a"));
+  const std::string before = Text(tree);
+  const auto expect = [&](HRESULT status, const ZYMIDOMNode_var& root) {
+    RecordMap out;
+    const auto failing = [](const auto& run) {
+      const FailingDom dom(0, "getElementsByTagName");
+      return run();
+    };
+    EXPECT_EQ(failing([&] { return handler_->UpdateRequestAndLRDObjects(root, records, CacheInformation()); }), status);
+    EXPECT_EQ(failing([&] { return handler_->UpdateLRDObjects(root, records); }), status);
+    EXPECT_EQ(failing([&] { return handler_->GetCadidLRDMap(root, records, out, {}); }), status);
+    EXPECT_EQ(failing([&] { return handler_->GetCadidLRDMapForCache(root, records, out); }), status);
+    EXPECT_EQ(out.Size(), 0);
+  };
+  expect(FailingDom::Status, FailingDom::Wrap(tree));
+  expect(S_OK, TextNode());
+  EXPECT_EQ(handler_->UpdateInformationFromCache(TextNode(), records), S_OK);
+  EXPECT_EQ(Text(tree), before);
+  EXPECT_EQ(records["a"]->GetObjectFilePath().ToString(), "/old/a.prt.2");
+}
+
+TEST_F(WriteBackTest, requests_are_described_from_the_cache_by_physical_id) {
+  const RecordMap records = Map("ab");
+  records["b"]->SetObjectFilePath("/old/plain");
+  const ZYMIDOMElement_var root = InRoot(Object("a", "filename='mine' oid='old'") + Object("b"));
+  EXPECT_EQ(handler_->UpdateInformationFromCache(root, records), S_OK);
+  EXPECT_EQ(Show(root, "a", {"filename", "mxtype", "oid", "hashcode"}), "filename=a.prt.2 mxtype=Ta oid=a hashcode=Ha");
+  EXPECT_EQ(Show(root, "b", {"filename"}), "filename=plain.");
+  EXPECT_THROW(handler_->UpdateInformationFromCache(InRoot(Object("unknown")), records), ZYMNullHandleError);
+}
+
+TEST_F(WriteBackTest, the_map_by_cad_id_passes_over_what_is_skipped_or_has_no_record) {
+  folder_.PutFile("a.prt.9", 100);
+  const std::string objects = Object("a", "filename='a.prt.9'") + Object("unknown") + Object("b");
+  for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
+    const RecordMap records = Map("ab");
+    RecordMap out;
+    EXPECT_EQ(handler_->GetCadidLRDMap(root, RecordMap(), out, {}), S_OK);
+    EXPECT_EQ(out.Size(), 0);
+    const TraceLines trace;
+    EXPECT_EQ(handler_->GetCadidLRDMap(root, records, out, {"b"}), S_OK);
+    EXPECT_EQ(out.Size(), 1);
+    EXPECT_EQ(out["a"], records["a"]);
+    EXPECT_EQ(records["a"]->GetObjectChangeStamp(), "100");
+    EXPECT_EQ(records["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
+    EXPECT_THAT(trace.all, Contains("No record for phid : unknown"));
+    EXPECT_EQ(handler_->GetCadidLRDMap(root, records, out, {}), S_OK);
+    EXPECT_EQ(out.Size(), 2);
+  }
+}
+
+TEST_F(WriteBackTest, the_map_for_the_cache_shares_plain_records_and_copies_those_of_streams) {
+  const RecordMap records = Map("a");
+  std::string objects;
+  for (const auto& [id, attributes] : Rows<2>{{"1", "phid='a'"},
+                                              {"2", "phid='a'"},
+                                              {"3", "phid='a' streamkind='k'"},
+                                              {"4", "phid='a' streamkind='k'"},
+                                              {"5", "phid='z'"},
+                                              {"6", "streamkind='k'"}}) {
+    objects += "<cadobject cadid='" + id + "' " + attributes + "/>";
+  }
+  RecordMap out;
+  EXPECT_EQ(handler_->GetCadidLRDMapForCache(InRoot(objects), records, out), S_OK);
+  EXPECT_EQ(out.Size(), 4);
+  EXPECT_TRUE(out["1"] == records["a"] && out["2"] == records["a"]);
+  EXPECT_FALSE(out["3"] == out["4"] || out["3"] == records["a"]);
+  EXPECT_EQ(Fields(out["4"]), "phid=a hash=Ha cadid=a mxtype=Ta flags=write");
+}
+
+TEST_F(WriteBackTest, the_maps_of_a_tree_are_by_cad_id_and_by_physical_id) {
+  const ZYMIDOMElement_var root = InRoot(Object("a") + Object("b") +
+                                         "<cadobject cadid='last' phid='a'/><cadobject cadid='c' "
+                                         "type='bare'/><cadobject cadid='v' phid='v' type='preview'/>");
+  RecordMap byCadId;
+  RecordMap byPhid;
+  EXPECT_EQ(handler_->GetLRDMap(root, byCadId), S_OK);
+  EXPECT_EQ(byCadId.Size(), 3);
+  EXPECT_FALSE(byCadId.HasKey("c"));
+  EXPECT_EQ(handler_->GetPhidLRDMap(root, byPhid), S_OK);
+  EXPECT_EQ(byPhid.Size(), 3);
+  EXPECT_EQ(byPhid["a"]->GetCadId(), "last");
+  EXPECT_EQ(byPhid[""]->GetCadId(), "c");
+  byPhid.RemoveAll();
+  EXPECT_EQ(handler_->GetPhidLRDMap(Tree("<command cname='print'/>"), byPhid), S_OK);
+  const ZYMIDOMElement_var wrapped = FailingDom::Wrap(root);
+  const FailingDom dom(2, "getElementsByTagName");
+  EXPECT_EQ(handler_->GetPhidLRDMap(wrapped, byPhid), FailingDom::Status) << "the third search is for the structure";
+  EXPECT_EQ(byPhid.Size(), 0);
+}
+
+TEST_F(WriteBackTest, records_are_written_by_list_and_by_the_handler_of_a_response) {
+  const RecordMap records = Map("a");
+  records["a"]->SetLRDFilePath(QELVARDOSPath(folder_.At("a.xml")));
+  EXPECT_EQ(handler_->CreateOrUpdateLRD(Records{records["a"]}), S_OK);
+  EXPECT_THAT(folder_.File("a.xml"), HasSubstr("<phid>a</phid>"));
+  EXPECT_THROW(handler_->CreateOrUpdateLRD(Tree("<response cname='print'/>"), records), ZYMNullHandleError);
+  EXPECT_EQ(handler_->CreateOrUpdateLRD(Tree("<command cname='checkinEx'/>"), records), E_NOTIMPL);
+
+  folder_.PutFile("b.prt.2", 100);
+  const ZYMIDOMElement_var response =
+      Tree("<response cname='checkoutEx'><info><cadobjectlist>" + Object("b", "selected='true' filename='b.prt.2'") +
+           "</cadobjectlist></info></response>");
+  EXPECT_EQ(handler_->CreateOrUpdateLRD(response, RecordMap()), S_OK);
+  const ZYMIDOMElement_var request =
+      InRoot("<cadobject cadid='b' filename='b.prt.2' dirname='" + folder_.Root() + "'/>");
+  RecordMap again;
+  EXPECT_EQ(handler_->Recognize(request, again), S_OK);
+  EXPECT_EQ(Show(request, "b", {"status", "phid"}), "status=EXISTS phid=b");
+
+  const Record made = FullV4("<o selected='true' filename='x' dirname='" + folder_.At("new") + "'/>");
+  EXPECT_EQ(handler_->CreateAndHideLRDFolder(Records{made}), S_OK);
+  EXPECT_TRUE(std::filesystem::is_directory(folder_.At("new/.KORVANTHEMIX")));
+}
+
+}  // namespace

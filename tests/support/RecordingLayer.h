@@ -1,0 +1,44 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "platform/QELVARDOSFileLayer.h"
+
+/// Notes what is read and every change on the disk, "Operation path", and passes it on.
+class RecordingLayer : public QELVARDOSFileLayerFilter {
+ public:
+  RecordingLayer() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
+  ~RecordingLayer() override { Use(before_); }
+
+  long CountReads(const std::string& path) const { return std::count(reads.begin(), reads.end(), path); }
+
+  std::error_code Read(const std::string& path, std::string& bytes) override {
+    reads.push_back(path);
+    return Next().Read(path, bytes);
+  }
+  std::error_code MakeFolder(const std::string& path) override { return Change("MakeFolder", path).MakeFolder(path); }
+  std::error_code HideFolder(const std::string& path) override { return Change("HideFolder", path).HideFolder(path); }
+  std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override {
+    return Change("WriteNew", path).WriteNew(path, bytes, mode);
+  }
+  std::error_code MakeDurable(const std::vector<std::string>& paths) override {
+    return Change("MakeDurable", std::to_string(paths.size())).MakeDurable(paths);
+  }
+  std::error_code Rename(const std::string& from, const std::string& to) override {
+    return Change("Rename", to).Rename(from, to);
+  }
+  std::error_code Remove(const std::string& path) override { return Change("Remove", path).Remove(path); }
+
+  std::vector<std::string> reads;
+  std::vector<std::string> changes;
+
+ private:
+  QELVARDOSFileLayer& Change(const char* operation, const std::string& path) {
+    changes.push_back(operation + (" " + path));
+    return Next();
+  }
+
+  QELVARDOSFileLayer* before_;
+};

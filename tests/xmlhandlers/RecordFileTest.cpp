@@ -1,0 +1,263 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/QELVARDOSFileTransaction.h"
+#include "platform/ZYMCheckFailure.h"
+#include "tests/support/FailingDom.h"
+#include "tests/support/ModuleTest.h"
+#include "tests/support/RecordingLayer.h"
+#include "tests/support/Records.h"
+#include "tests/support/ScratchFolder.h"
+#include "tests/support/TraceLines.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+class RecordFileTest : public ModuleTest {
+ protected:
+  Record Read(const std::string& text) {
+    folder_.Put("read.xml", text);
+    Record record;
+    EXPECT_EQ(handler_->ReadLRDFile(folder_.At("read.xml"), record), S_OK);
+    return record;
+  }
+  /// Of reading what holds no record: the handle stays.
+  HRESULT Status(const std::string& text, const std::string& name = "read.xml") {
+    folder_.Put("read.xml", text);
+    Record record = Plain();
+    const Record before = record;
+    const HRESULT status = handler_->ReadLRDFile(folder_.At(name), record);
+    EXPECT_EQ(record, before);
+    return status;
+  }
+  /// A selected record of the oldest format with that record file.
+  Record At(const std::string& path, const std::string& phid = "P", const std::string& flag = "selected='true'") const {
+    const Record record = Made<QELXVARDOSFullLRDObject>("<o phid='" + phid + "' " + flag + "/>");
+    record->SetLRDFilePath(QELVARDOSPath(folder_.At(path)));
+    return record;
+  }
+
+  ScratchFolder folder_;
+  const ZYMHandle<QELXVARDOSLRDXMLHandler> handler_ = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>();
+};
+
+std::string Object(const std::string& phid, const std::string& nested = "") {
+  return "<object>" + Core(phid) + nested + "</object>";
+}
+/// What is written of a record of At.
+std::string Written(const std::string& phid) {
+  return "<object><phid>" + phid +
+         "</phid><objectChangeStamp></objectChangeStamp><ceStamp></ceStamp><hashcode></hashcode></object>";
+}
+
+TEST_F(RecordFileTest, a_file_of_each_format_reads_and_writes_back_as_its_format_keeps_it) {
+  const std::string childPhid = "<childPhid>K</childPhid>";
+  for (const auto& [version, written, stamps, relLater] :
+       Rows<4>{{"", "", "", ""},
+               {" version=\"0.0\"", "", "", ""},
+               {" version=\"1.0\"", " version=\"\"", Macro, ""},
+               {" version=\"2.0\"", " version=\"\"", Macro, ""},
+               {" version=\"3.0\"", " version=\"\"", Macro, childPhid},
+               {" version=\"4.0\"", " version=\"4.0\"", MacroAndXS, childPhid}}) {
+    const std::string links = "<rel id=\"r\"><phid>R</phid>" + relLater + "</rel><structure id=\"k\">" +
+                              Core("K", "2", stamps) + "</structure>";
+    const std::string composition = "<composition id=\"c\">" + Core("C", "3", stamps) + "</composition>";
+    const std::string core = Core("P", "1", stamps);
+    const Record record = Read("<object" + version + ">" + core + links + composition + "</object>");
+    EXPECT_EQ(record->GetVersion(), version.empty() || written.empty() ? "" : version.substr(10, 3));
+    EXPECT_EQ(Phids(record->GetChildRelationships()) + Phids(record->GetRelatedChildren()), "R K ") << version;
+    record->SetLRDFilePath(QELVARDOSPath(folder_.At("written.xml")));
+    EXPECT_EQ(handler_->WriteToFile(Records{record}), S_OK);
+    const bool dropsLinks = version == " version=\"2.0\"";
+    EXPECT_EQ(folder_.File("written.xml"),
+              "<object" + written + ">" + core + (dropsLinks ? "" : links) + composition + "</object>");
+  }
+}
+
+TEST_F(RecordFileTest, nested_elements_go_to_the_lists_of_their_kind_and_other_elements_are_passed_over) {
+  const Record record =
+      Read("<object>text<!--c-->" + Core("top") + "<rel id='1'><phid>R1</phid><structure>" + Core("deep") +
+           "</structure></rel><cadobject/><structure>" + Core("K1") + "</structure><other>" + Object("hidden") +
+           "</other><composition>" + Core("C") + "</composition>" + Object("O", Object("below")) +
+           "<rel><phid>R2</phid></rel><structure>" + Core("K2") + "</structure></object>");
+  EXPECT_EQ(Phids(record->GetChildren()), "R1 K1 C O R2 K2 ");
+  EXPECT_EQ(Phids(record->GetChildRelationships()), "R1 R2 ");
+  EXPECT_EQ(Phids(record->GetRelatedChildren()), "K1 K2 ");
+  EXPECT_EQ(Phids(record->GetChildren()[1]->GetRelatedChildren()), "deep ");
+  EXPECT_EQ(Phids(record->GetChildren()[4]->GetChildren()), "below ");
+  Record composition;
+  record->GetCompositionLRDObject(composition);
+  EXPECT_TRUE(composition.IsNull());
+  EXPECT_EQ(record->GetRelatedChildren()[1]->GetParentRelationships().Size(), 0);
+}
+
+TEST_F(RecordFileTest, records_may_be_nested_256_deep) {
+  std::string nested;
+  for (int depth = 0; depth <= 256; ++depth) {
+    nested = Object("P", nested);
+  }
+  int depth = 0;
+  for (Record record = Read(nested); record->GetChildren().Size() != 0; record = Record(record->GetChildren()[1])) {
+    ++depth;
+  }
+  EXPECT_EQ(depth, 256);
+  EXPECT_EQ(Status(Object("P", nested)), E_FAIL);
+}
+
+TEST_F(RecordFileTest, what_holds_no_record_leaves_the_handle_and_only_a_file_that_does_not_parse_is_a_failure) {
+  for (const std::string& text :
+       {"<object version='5.0'>" + Object("P") + "</object>", "<objects>" + Object("P") + "</objects>"}) {
+    EXPECT_EQ(Status(text), S_OK) << text;
+  }
+  const TraceLines trace;
+  for (const std::string& text :
+       {std::string(), Object("P").substr(0, 40), "<!DOCTYPE object [<!ENTITY e 'x'>]>" + Object("P")}) {
+    EXPECT_EQ(Status(text), E_FAIL) << text;
+  }
+  EXPECT_EQ(Status("", "none.xml"), E_FAIL);
+  EXPECT_THAT(trace.all, Contains("Failed in ZYMIXMLDOMDocumentBuilder::Parse").Times(4));
+}
+
+TEST_F(RecordFileTest, an_incomplete_record_raises_wherever_it_is_nested) {
+  const std::string incomplete = "<structure><phid/><ceStamp/><hashcode/></structure>";
+  for (const std::string& text : {incomplete, Object("P", incomplete), std::string("<object/>")}) {
+    EXPECT_THROW(Status(text), ZYMNullHandleError) << text;
+  }
+}
+
+TEST_F(RecordFileTest, a_failing_step_of_reading_or_writing_leaves_neither_components_nor_a_changed_file) {
+  const std::string text =
+      "<object version=\"4.0\">" + Core("P", "1", MacroAndXS) + "<rel id=\"r\"><phid>R</phid></rel></object>";
+  const Record record = Read(text);
+  folder_.Put("old.xml", "old");
+  record->SetLRDFilePath(QELVARDOSPath(folder_.At("old.xml")));
+  int failures = 0;
+  for (int calls = 1; folder_.File("old.xml") == "old"; ++calls) {
+    ASSERT_LT(calls, 200);
+    const std::int64_t living = ZYMBaseUnknown::LivingComponents();
+    {
+      const FailingDom dom(calls);
+      const auto handler = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>();
+      Record read;
+      try {
+        failures += FAILED(handler->ReadLRDFile(folder_.At("read.xml"), read)) ? 1 : 0;
+      } catch (const ZYMNullHandleError&) {
+        EXPECT_TRUE(read.IsNull());
+      }
+    }
+    {
+      const FailingDom dom(calls);
+      EXPECT_EQ(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>()->WriteToFile(Records{record}), S_OK);
+      EXPECT_EQ(folder_.File("old.xml"), dom.HasFailed() ? "old" : text) << "after " << calls << " calls";
+    }
+    EXPECT_EQ(ZYMBaseUnknown::LivingComponents(), living) << "after " << calls << " calls";
+  }
+  EXPECT_EQ(failures, 2) << "to parse and to find the root";
+}
+
+TEST_F(RecordFileTest, a_list_of_records_is_written_whatever_becomes_of_one_of_them) {
+  folder_.Put("childless.xml", "old");
+  folder_.Put("forbidden.xml", "old");
+  std::filesystem::create_directories(folder_.At(".KORVANTHEMIX/deeper"));
+  const TraceLines trace;
+  const Record childless = Plain();
+  childless->SetLRDFilePath(QELVARDOSPath(folder_.At("childless.xml")));
+  const Record forbidden = At("forbidden.xml");
+  forbidden->SetHashcode("\x01");
+  const std::string leaving = ".KORVANTHEMIX/../out.xml";
+  EXPECT_EQ(handler_->WriteToFile(Records{At("first.xml", "1"), forbidden, At("vanished/file.xml"), childless,
+                                          At(leaving), At(".KORVANTHEMIX/deeper//../out.xml"), At("twice.xml", "2"),
+                                          At("twice.xml", "last"), At(".KORVANTHEMIX/../.KORVANTHEMIX/x.xml"),
+                                          At(".KORVANTHEMIX/..dots.xml", "dots")}),
+            S_OK);
+  EXPECT_EQ(folder_.File("first.xml"), Written("1"));
+  EXPECT_EQ(folder_.File("twice.xml"), Written("last"));
+  EXPECT_EQ(folder_.File(".KORVANTHEMIX/..dots.xml"), Written("dots"));
+  EXPECT_EQ(folder_.File("forbidden.xml") + folder_.File("childless.xml"), "oldold");
+  EXPECT_EQ(folder_.FileCount(), 5) << "nothing else is left";
+  EXPECT_THAT(trace.all, Contains("Refused to leave the record folder : " + folder_.At(leaving)));
+  EXPECT_THAT(trace.all, Contains("Wrinting into file : " + folder_.At("vanished/file.xml")));
+  EXPECT_THAT(trace.all, Contains(HasSubstr("U+0001")));
+  EXPECT_EQ(handler_->WriteToFile({}), S_OK);
+}
+
+TEST_F(RecordFileTest, the_same_bytes_leave_the_file_untouched) {
+  const Records records{At("same.xml"), At("changed.xml")};
+  handler_->WriteToFile(records);
+  const auto written = std::filesystem::last_write_time(folder_.At("same.xml"));
+  records[2]->SetHashcode("new");
+  const RecordingLayer layer;
+  handler_->WriteToFile(records);
+  EXPECT_THAT(layer.changes,
+              ElementsAre(HasSubstr("WriteNew"), "MakeDurable 1", "Rename " + folder_.At("changed.xml")));
+  EXPECT_EQ(std::filesystem::last_write_time(folder_.At("same.xml")), written);
+}
+
+TEST_F(RecordFileTest, the_records_before_one_that_raises_are_written) {
+  const Record raising = At("raising.xml");
+  raising->AddChild(nullptr);
+  EXPECT_THROW(handler_->WriteToFile(Records{At("before.xml"), raising, At("behind.xml")}), ZYMNullHandleError);
+  EXPECT_EQ(folder_.File("before.xml"), Written("P"));
+  EXPECT_EQ(folder_.FileCount(), 1);
+  EXPECT_EQ(QELVARDOSFileTransaction::Open(), nullptr);
+}
+
+TEST_F(RecordFileTest, folders_are_made_and_hidden_for_selected_records_with_a_file_of_their_own) {
+  const std::string a = folder_.At("a/.KORVANTHEMIX");
+  const std::string b = folder_.At("b/.KORVANTHEMIX");
+  const Records records{At("a/.KORVANTHEMIX/1.xml"),      At("a/.KORVANTHEMIX/2.xml"),
+                        At("c/1.xml", "P", ""),           At("c/2.xml"),
+                        At("a/.KORVANTHEMIX/../c/1.xml"), At("b/.KORVANTHEMIX/1.xml", "P", "download='true'")};
+  records[4]->AddTypeClass("TYPE_OBJECT_WITHOUT_FILE");
+  records[6]->AddTypeClass("TYPE_KORVANTHEMIX_LIKE");
+  std::filesystem::create_directory(folder_.At("a"));
+  std::filesystem::create_directory(folder_.At("b"));
+  const RecordingLayer layer;
+  const TraceLines trace;
+  EXPECT_EQ(handler_->CreateAndHideLRDFolder(records), S_OK);
+  EXPECT_THAT(layer.changes, ElementsAre("MakeFolder " + a, "HideFolder " + a, "MakeFolder " + b, "HideFolder " + b));
+  EXPECT_THAT(trace.all, ElementsAre("QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder", "Directory Created : " + a,
+                                     "Directory is marked hidden : " + a, "Directory is already on disc: " + a,
+                                     "Refused to leave the record folder : " + a + "/../c", "Directory Created : " + b,
+                                     "Directory is marked hidden : " + b, "returns 0"));
+}
+
+TEST_F(RecordFileTest, the_status_of_folders_is_that_of_the_last_one_to_be_made) {
+  folder_.Put("file", "in the way");
+  const Record bad = At("file/.KORVANTHEMIX/1.xml");
+  EXPECT_EQ(handler_->CreateAndHideLRDFolder(Records{bad}), E_FAIL);
+  EXPECT_EQ(handler_->CreateAndHideLRDFolder(Records{bad, At("good/1.xml")}), S_OK);
+  EXPECT_EQ(handler_->CreateAndHideLRDFolder(Records{bad, At("good/1.xml")}), E_FAIL) << "the last one is there";
+  EXPECT_EQ(handler_->CreateAndHideLRDFolder({}), S_OK);
+}
+
+TEST_F(RecordFileTest, a_builder_that_cannot_be_made_is_reported_with_the_line_of_its_constructor) {
+  static std::vector<std::string> reports;
+  reports.clear();
+  ZYMObserveCheckFailures([](std::string_view text, std::string_view source, int line) {
+    reports.push_back(std::string(text) + " " + std::string(source) + " " + std::to_string(line));
+  });
+  {
+    const FailingDom dom(0);
+    Record record;
+    EXPECT_THROW(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>()->ReadLRDFile("x", record), ZYMNullHandleError);
+  }
+  {
+    const FailingDom dom(0);
+    ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(QELIVARDOSGlobalConfigObject_var());
+  }
+  ZYMObserveCheckFailures(nullptr);
+  const std::string text =
+      "ExpressionCheck:SUCCEEDED(::CreateZYMIXMLDOMDocumentBuilder(_DocumentBuilder)) QELXVARDOSLRDXMLHandler ";
+  EXPECT_THAT(reports, ElementsAre(text + "44", text + "52"));
+}
+
+}  // namespace

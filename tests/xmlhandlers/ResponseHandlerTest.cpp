@@ -1,0 +1,207 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/FailingDom.h"
+#include "tests/support/ModuleTest.h"
+#include "tests/support/Records.h"
+#include "tests/support/ScratchFolder.h"
+#include "tests/support/TestConfiguration.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+constexpr HRESULT Failure = FailingDom::Status;
+
+class ResponseHandlerTest : public ModuleTest {
+ protected:
+  QELXIVARDOSLRDXMLHandler_var HandlerFor(const ZYMIDOMNode_var& root) {
+    QELXIVARDOSLRDXMLHandler_var handler;
+    EXPECT_EQ(QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(config_, root, handler), S_OK);
+    return handler;
+  }
+  /// An object of the scratch folder.
+  std::string Object(const std::string& name, const std::string& attributes = "") const {
+    return "<cadobject cadid='" + name + "' filename='" + name + "' dirname='" + folder_.Root() + "' " + attributes +
+           "/>";
+  }
+  RecordMap Read(const ZYMIDOMElement_var& root) {
+    RecordMap records;
+    EXPECT_EQ(HandlerFor(root)->GetLRDObjects(root, records), S_OK);
+    return records;
+  }
+  RecordMap Callers(const std::string& content) {
+    return Read(Tree("<command cname='checkinEx'>" + content + "</command>"));
+  }
+  HRESULT Update(const std::string& command, const std::string& info, const RecordMap& records) {
+    const ZYMIDOMElement_var root = Tree("<response cname='" + command + "'><info>" + info + "</info></response>");
+    return HandlerFor(root)->CreateOrUpdateLRD(root, records);
+  }
+
+  ScratchFolder folder_;
+  const TestConfiguration_var config_ = ZYMMakeComponent<TestConfiguration>();
+};
+
+std::string List(const std::string& objects) { return "<cadobjectlist>" + objects + "</cadobjectlist>"; }
+/// Object a above object b, through a relationship with that "rid".
+std::string AAboveB(const std::string& rid) {
+  return "<relationshiplist><relationship rid='" + rid +
+         "' reluuid='U' phid='before' topnode='dpt'/></relationshiplist>"
+         "<structure><cadobject cadid='a'><cadobject cadid='b'><relationship rid='" +
+         rid + "'/></cadobject></cadobject></structure>";
+}
+std::string WrittenV4(const std::string& core, const std::string& nested = "") {
+  return "<object version=\"4.0\">" + core + nested + "</object>";
+}
+std::string CoreV4(const std::string& phid, const std::string& stamp, const std::string& ce, const std::string& macro,
+                   const std::string& xs, const std::string& hashcode) {
+  return "<phid>" + phid + "</phid><objectChangeStamp>" + stamp + "</objectChangeStamp><ceStamp>" + ce +
+         "</ceStamp><macroceStamp>" + macro + "</macroceStamp><xsStamp>" + xs + "</xsStamp><hashcode>" + hashcode +
+         "</hashcode>";
+}
+
+TEST_F(ResponseHandlerTest, root_and_command_choose_the_handler_joined_and_in_any_case) {
+  for (const auto& [root, name] : Rows<2>{{"command cname='checkinEx'", "XMLHandler"},
+                                          {"command cname='cadobjdetails'", "XMLHandler"},
+                                          {"command cname='lockunlockEx'", "XMLHandler"},
+                                          {"response cname='checkinEx'", "CheckinExResponseXMLHandler"},
+                                          {"response cname='cadobjdetails'", "CadObjDetailsResponseXMLHandler"},
+                                          {"response cname='checkoutEx' mode=''", "CheckoutExXMLHandler"},
+                                          {"response cname='synclocalrecognition'", "CheckoutExXMLHandler"},
+                                          {"response cname='checkoutExPath'", "CheckoutExPathXMLHandler"},
+                                          {"response cname='anything' mode='PATH'", "CheckoutExPathXMLHandler"},
+                                          {"response cname='checkoutEx' mode='paths'", "CheckoutExXMLHandler"},
+                                          {"RESPONSE cname='CHECKINEX'", "CheckinExResponseXMLHandler"},
+                                          {"comm cname='andcheckinEx'", "XMLHandler"},
+                                          {"responsecheckoutEx", "CheckoutExXMLHandler"},
+                                          {"command cname='checkinEx' mode='path'", ""},
+                                          {"command cname='synclocalrecognition'", ""},
+                                          {"response cname='lockunlockEx'", ""},
+                                          {"response", ""}}) {
+    const QELXIVARDOSLRDXMLHandler_var handler = HandlerFor(Tree("<" + root + "/>"));
+    EXPECT_EQ(handler.IsNull() ? "" : std::string(handler->IsA()), name.empty() ? "" : "QELXVARDOSLRD" + name) << root;
+  }
+}
+
+TEST_F(ResponseHandlerTest, what_no_handler_serves_leaves_the_handle) {
+  QELXIVARDOSLRDXMLHandler_var handler;
+  EXPECT_EQ(QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(config_, handler), S_OK);
+  const QELXIVARDOSLRDXMLHandler_var before = handler;
+  EXPECT_STREQ(handler->IsA(), "QELXVARDOSLRDXMLHandler");
+  EXPECT_EQ(handler->CreateOrUpdateLRD(Tree("<a/>"), RecordMap()), E_NOTIMPL);
+  for (const ZYMIDOMNode_var& node : {ZYMIDOMNode_var(Tree("<response/>")), TextNode()}) {
+    EXPECT_EQ(QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(config_, node, handler), S_OK);
+    EXPECT_EQ(handler, before);
+  }
+  EXPECT_THROW(HandlerFor(nullptr), ZYMNullHandleError);
+}
+
+TEST_F(ResponseHandlerTest, a_failing_search_for_the_information_has_the_status_of_its_handler) {
+  struct Case {
+    std::string command;
+    HRESULT search, item, update;
+    /// The searches that a call of CreateOrUpdateLRD makes before the one whose status it answers.
+    int before;
+  };
+  for (const auto& [command, search, item, update, before] :
+       {Case{"checkinEx", Failure, Failure, Failure, 2}, Case{"checkoutEx", S_OK, Failure, S_OK, 0},
+        Case{"checkoutExPath", S_OK, Failure, S_OK, 0}, Case{"cadobjdetails", Failure, Failure, E_NOTIMPL, 0}}) {
+    const ZYMIDOMElement_var root = FailingDom::Wrap(
+        Tree("<response cname='" + command + "'><info>" + List(Object("a", "selected='true'")) + "</info></response>"));
+    const QELXIVARDOSLRDXMLHandler_var handler = HandlerFor(root);
+    RecordMap records;
+    {
+      const FailingDom dom(0, "getElementsByTagName");
+      EXPECT_EQ(handler->GetLRDObjects(root, records), search) << command;
+    }
+    {
+      const FailingDom dom(0, "item");
+      EXPECT_EQ(handler->GetLRDObjects(root, records), item) << command;
+    }
+    const FailingDom dom(before, "getElementsByTagName");
+    EXPECT_EQ(handler->CreateOrUpdateLRD(root, RecordMap()), update) << command;
+    EXPECT_EQ(records.Size(), 0) << command;
+    EXPECT_EQ(folder_.FileCount(), 0) << command;
+  }
+}
+
+TEST_F(ResponseHandlerTest, a_root_without_information_reads_and_writes_nothing) {
+  for (const std::string command : {"checkinEx", "checkoutEx", "checkoutExPath", "cadobjdetails"}) {
+    const ZYMIDOMElement_var root =
+        Tree("<response cname='" + command + "'>" + List(Object("a", "selected='true'")) + "</response>");
+    const QELXIVARDOSLRDXMLHandler_var handler = HandlerFor(root);
+    EXPECT_EQ(Read(root).Size(), 0) << command;
+    const bool details = command == "cadobjdetails";
+    EXPECT_EQ(handler->CreateOrUpdateLRD(root, RecordMap()), details ? E_NOTIMPL : S_OK) << command;
+    EXPECT_EQ(handler->CreateOrUpdateLRD(TextNode(), RecordMap()), details ? E_NOTIMPL : S_OK) << command;
+    RecordMap records;
+    if (details) {
+      EXPECT_THROW(handler->GetLRDObjects(TextNode(), records), ZYMNullHandleError);
+    } else {
+      EXPECT_EQ(handler->GetLRDObjects(TextNode(), records), S_OK) << command;
+    }
+  }
+  EXPECT_EQ(folder_.FileCount(), 0);
+}
+
+TEST_F(ResponseHandlerTest, only_a_check_out_links_what_it_reads) {
+  for (const std::string command : {"checkinEx", "checkoutEx", "checkoutExPath", "cadobjdetails"}) {
+    const RecordMap records = Read(Tree("<response cname='" + command + "'><info>" + List(Object("a") + Object("b")) +
+                                        AAboveB("1") + "</info></response>"));
+    EXPECT_EQ(records.Size(), 2) << command;
+    EXPECT_EQ(records["a"]->GetChildren().Size(), command == "checkoutEx" ? 2 : 0) << command;
+  }
+}
+
+TEST_F(ResponseHandlerTest, a_check_out_writes_the_selected_records_of_the_response_with_the_stamps_of_their_files) {
+  folder_.PutFile("a", 100);
+  const std::string objects = Object("a", "phid='P' selected='true'") + Object("gone", "download='true'") +
+                              Object("unselected", "selected='false' download='TRUE'") +
+                              Object("bare", "type='bare' selected='true'") +
+                              Object("own", "cadorigin='' selected='true'");
+  EXPECT_EQ(Update("checkoutEx", List(objects), Callers(List(Object("caller", "selected='true'")))), S_OK);
+  EXPECT_EQ(folder_.Record("a"), WrittenV4(CoreV4("P", "100", "", "", "", "")));
+  EXPECT_EQ(folder_.Record("gone"), WrittenV4(CoreV4("", "", "", "", "", "")));
+  EXPECT_EQ(folder_.FileCount(), 3);
+}
+
+TEST_F(ResponseHandlerTest, a_check_out_by_path_writes_the_selected_records_of_the_caller) {
+  const RecordMap callers = Callers(List(Object("a", "selected='true' phid='old'") + Object("other")));
+  folder_.PutFile("a", 100);
+  EXPECT_EQ(Update("checkoutExPath", List(Object("a", "phid='new'") + Object("b", "selected='true'")), callers), S_OK);
+  EXPECT_THAT(folder_.Record("a"), HasSubstr("<phid>old</phid><objectChangeStamp>100</objectChangeStamp>"));
+  EXPECT_EQ(folder_.FileCount(), 2);
+}
+
+TEST_F(ResponseHandlerTest, a_check_in_brings_the_caller_s_records_and_their_entries_up_to_date) {
+  const RecordMap callers = Callers(List(Object("a", "selected='true' hashcode='H'") + Object("b") +
+                                         Object("unanswered", "phid='kept' selected='true'") +
+                                         Object("bare", "type='bare' selected='true'")) +
+                                    AAboveB("r"));
+  folder_.PutFile("bare", 100);
+  const std::string answer = Object("a", "phid='A' ceStamp='CA' macroceStamp='MA' xsStamp='XA' hashcode='ignored'") +
+                             Object("b", "phid='B' ceStamp='CB' macroceStamp='MB' xsStamp='XB'") +
+                             Object("new", "phid='N' selected='true'") + Object("bare", "phid='BARE'");
+  EXPECT_EQ(Update("checkinEx", List(answer) + "<relationshiplist><relationship rid='r' phid='R'/></relationshiplist>",
+                   callers),
+            S_OK);
+  EXPECT_EQ(folder_.Record("a"), WrittenV4(CoreV4("A", "", "CA", "MA", "XA", "H"),
+                                           "<rel id=\"U\"><phid>R</phid></rel><structure id=\"\">" +
+                                               CoreV4("B", "", "CB", "MB", "XB", "") + "</structure>"));
+  EXPECT_THAT(folder_.Record("unanswered"), HasSubstr("<phid>kept</phid>"));
+  EXPECT_EQ(folder_.FileCount(), 3);
+  EXPECT_EQ(Fields(callers["bare"]), "phid=BARE version=4.0 cadid=bare type=bare selected=true origin=null flags=write")
+      << "what is not written is not stamped";
+}
+
+TEST_F(ResponseHandlerTest, a_relationship_is_never_updated_from_an_object_of_the_same_key) {
+  const RecordMap callers = Callers(List(Object("a", "selected='true'") + Object("b")) + AAboveB("b"));
+  EXPECT_EQ(Update("checkinEx", List(Object("a", "phid='A'") + Object("b", "phid='K'")), callers), S_OK);
+  EXPECT_THAT(folder_.Record("a"),
+              HasSubstr("<rel id=\"U\"><phid>before</phid></rel><structure id=\"\"><phid>K</phid>"));
+}
+
+}  // namespace
