@@ -17,8 +17,6 @@ QELVARDOSClientTrace::QELVARDOSClientTrace(const char* name, const char* /*label
                                            int /*bufferSize*/, int /*flag*/)
     : name_(name), on_(&tracing) {}
 
-QELVARDOSClientTrace::~QELVARDOSClientTrace() = default;
-
 void QELVARDOSClientTrace::TurnOn(Sink sink) {
   TheSink() = std::move(sink);
   tracing = static_cast<bool>(TheSink());

@@ -21,7 +21,7 @@ class ZYM_EXPORT QELVARDOSClientTrace {
   /// name and label must outlive the channel. output, bufferSize and flag are the framework's; where the lines go is
   /// the host's decision alone.
   QELVARDOSClientTrace(const char* name, const char* label, const char* output, int bufferSize, int flag);
-  ~QELVARDOSClientTrace();
+  ~QELVARDOSClientTrace() = default;
   QELVARDOSClientTrace(const QELVARDOSClientTrace&) = delete;
   QELVARDOSClientTrace& operator=(const QELVARDOSClientTrace&) = delete;
 

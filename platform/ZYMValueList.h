@@ -39,8 +39,7 @@ class ZYMValueList {
   /// position 1 puts the value first, Size() + 1 last; out of that range nothing is inserted.
   void InsertAt(int position, const Value& value) {
     if (position >= 1 && position <= Size() + 1) {
-      const Value copy = value;
-      values_.insert(values_.begin() + (position - 1), copy);
+      values_.insert(values_.begin() + (position - 1), value);
       index_.reset();
     }
   }

@@ -53,8 +53,9 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::Recognize(const ZYMIDOMNode_var& requ
   return step.Return(status);
 }
 
-// The version comes by value as the signature has it. NOLINTNEXTLINE(performance-unnecessary-value-param)
 HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_var& cadObject,
+                                                            // By value, as the signature was settled.
+                                                            // NOLINTNEXTLINE(performance-unnecessary-value-param)
                                                             ZYMUnicodeString version) {
   const Step step(Trace, "QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode");
   const ZYMIDOMElement_var object(cadObject);
