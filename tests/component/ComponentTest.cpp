@@ -66,7 +66,7 @@ TEST_F(ComponentTest, a_record_is_of_the_kinds_of_its_class_its_bases_and_the_in
   std::vector<std::string> names;
   for (const std::string kind : {"Full", "Child", "Composition", "Rel"}) {
     for (const std::string version : {"", "_V1", "_V2", "_V3", "_V4"}) {
-      names.push_back("QELXVARDOS" + kind + "LRDObject" + version);
+      names.push_back(std::string("QELXVARDOS").append(kind).append("LRDObject").append(version));
     }
   }
   int classes = 0;

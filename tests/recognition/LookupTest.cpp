@@ -56,9 +56,12 @@ TEST_F(LookupTest, the_map_of_objects_leaves_out_the_nameless_and_keeps_the_last
 
 TEST_F(LookupTest, a_record_file_is_found_in_the_composition_or_at_the_first_parent) {
   const ScratchFolder folder;
+  const auto object = [&folder](const std::string& id) {
+    return "<cadobject cadid='" + id + "' filename='" + id + "' dirname='" + folder.Root() + "'/>";
+  };
   std::string list;
   for (const std::string id : {"none", "none2", "f", "g", "p"}) {
-    list += "<cadobject cadid='" + id + "' filename='" + id + "' dirname='" + folder.Root() + "'/>";
+    list += object(id);
     if (!id.starts_with("none")) {
       folder.PutRecord(id, "");
     }
@@ -70,17 +73,17 @@ TEST_F(LookupTest, a_record_file_is_found_in_the_composition_or_at_the_first_par
                {"familyid='unlisted,f' composerid='g' parentid='p,none'", "f", "p"},
                {"familyid='none2,f' parentid='none,p'", "f", "f"},
                {"familyid='none,unlisted' parentid='none,p'", "", ""}}) {
-    const ZYMIDOMElement_var object = Tree("<o " + attributes + "/>");
+    const ZYMIDOMElement_var child = Tree(Element("o", attributes));
     const auto name = [&](const ZYMUnicodeStringZYMUnicodeStringDico& paths) {
       const std::string file = paths["objectfile"].Str();
       EXPECT_EQ(paths.Size(), file.empty() ? 0 : 2);
       return file.empty() ? "" : file.substr(folder.Root().size() + 1);
     };
     ZYMUnicodeStringZYMUnicodeStringDico composition;
-    EXPECT_EQ(handler_->GetObjectFileLRDFileFromComposition(object, nodes, composition), S_OK);
+    EXPECT_EQ(handler_->GetObjectFileLRDFileFromComposition(child, nodes, composition), S_OK);
     EXPECT_EQ(name(composition), byComposition) << attributes;
     ZYMUnicodeStringZYMUnicodeStringDico parent;
-    EXPECT_EQ(handler_->GetObjectFileLRDFileFromParent(object, nodes, parent), S_OK);
+    EXPECT_EQ(handler_->GetObjectFileLRDFileFromParent(child, nodes, parent), S_OK);
     EXPECT_EQ(name(parent), byParent) << attributes;
   }
 }

@@ -16,7 +16,6 @@
 
 using testing::Contains;
 using testing::Each;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -191,7 +190,8 @@ TEST_F(RecognizeTest, a_shared_record_is_read_once_in_a_call_and_nothing_on_disk
   folder_.PutRecord("f.prt", RecordV4("F", "100", entries));
   const RecordingLayer layer;
   for (const long round : {1, 2}) {
-    EXPECT_EQ(Brief(Recognized(Request(objects)), "o19"), "status=EXISTS phid=P19");
+    const ZYMIDOMElement_var request = Recognized(Request(objects));
+    EXPECT_EQ(Show(request, "o19", {"status", "phid", "lrdversion"}), "status=EXISTS phid=P19 lrdversion=4.0");
     EXPECT_EQ(layer.CountReads(folder_.At(".KORVANTHEMIX/f.prt.xml")), 2 * round)
         << "as its own, and for all its entries";
   }
@@ -230,6 +230,12 @@ TEST_F(RecognizeTest, a_damaged_record_ends_the_call_behind_its_object_and_the_h
   request = Request(all);
   EXPECT_THROW(handler_->Recognize(request, records), ZYMNullHandleError);
   EXPECT_EQ(Brief(request, "good") + Brief(request, "bad"), "status=EXISTS phid=P");
+
+  const Record record = Plain();
+  record->AddChildRelationship(FromFile("QELXVARDOSRelLRDObject", Rel("U", "R")));
+  request = Request("", OBelowAsm);
+  EXPECT_EQ(handler_->UpdateRelNode(request, record), S_OK);
+  EXPECT_EQ(Show(Tagged(request, "relationship"), {"phid"}), "phid=R");
   folder_.PutRecord("bad.prt", RecordV4("P", "1"));
   EXPECT_EQ(Brief(Recognized(Request(all)), "last"), "status=EXISTS phid=P");
 }

@@ -24,11 +24,13 @@ class WriteBackTest : public ModuleTest {
   static RecordMap Map(const std::string& keys) {
     RecordMap map;
     for (const char key : keys) {
-      const std::string id(1, key);
-      map.Insert(id, FullV4("<o cadid='" + id + "' phid='" + id + "' hashcode='H" + id + "' mxtype='T" + id +
-                            "' filename='" + id + ".prt.2' dirname='/old'/>"));
+      map.Insert(std::string(1, key), Keyed(std::string(1, key)));
     }
     return map;
+  }
+  static Record Keyed(const std::string& id) {
+    return FullV4("<o cadid='" + id + "' phid='" + id + "' hashcode='H" + id + "' mxtype='T" + id + "' filename='" +
+                  id + ".prt.2' dirname='/old'/>");
   }
   std::string Object(const std::string& id, const std::string& attributes = "") const {
     return "<cadobject cadid='" + id + "' phid='" + id + "' dirname='" + folder_.Root() + "' " + attributes + "/>";
@@ -157,13 +159,10 @@ TEST_F(WriteBackTest, the_map_by_cad_id_passes_over_what_is_skipped_or_has_no_re
 TEST_F(WriteBackTest, the_map_for_the_cache_shares_plain_records_and_copies_those_of_streams) {
   const RecordMap records = Map("a");
   std::string objects;
-  for (const auto& [id, attributes] : Rows<2>{{"1", "phid='a'"},
-                                              {"2", "phid='a'"},
-                                              {"3", "phid='a' streamkind='k'"},
-                                              {"4", "phid='a' streamkind='k'"},
-                                              {"5", "phid='z'"},
-                                              {"6", "streamkind='k'"}}) {
-    objects += "<cadobject cadid='" + id + "' " + attributes + "/>";
+  for (const char* attributes :
+       {"cadid='1' phid='a'", "cadid='2' phid='a'", "cadid='3' phid='a' streamkind='k'",
+        "cadid='4' phid='a' streamkind='k'", "cadid='5' phid='z'", "cadid='6' streamkind='k'"}) {
+    objects += Element("cadobject", attributes);
   }
   RecordMap out;
   EXPECT_EQ(handler_->GetCadidLRDMapForCache(InRoot(objects), records, out), S_OK);

@@ -19,11 +19,15 @@ class FactoryTest : public ModuleTest {
   }
 
   QELXVARDOSLRDFactory factory_;
-  const QELXVARDOSLRDVersionInfo versions_;
+  const QELXVARDOSLRDVersionInfo versions_{};
   const TestConfiguration_var config_ = ZYMMakeComponent<TestConfiguration>();
 };
 
 const std::string ByPath = "<command mode='path' nocompletion='true'/>";
+
+std::string Located(const std::string& folder, const std::string& file) {
+  return Element("o", "dirname='" + folder + "' filename='" + file + "'");
+}
 
 /// The class names of a record and of its child and composition records, without what they share.
 std::string Classes(const Record& record) {
@@ -129,7 +133,7 @@ TEST_F(FactoryTest, an_element_of_a_record_file_and_the_file_s_version_decide_th
                                                          {"cadobject", "4.0", ""},
                                                          {"Object", "4.0", ""}}) {
     Record record;
-    const ZYMIDOMElement_var tree = Tree("<" + element + ">" + Core() + "</" + element + ">");
+    const ZYMIDOMElement_var tree = Tree(Element(element, "", Core()));
     EXPECT_EQ(factory_.GetLRDObjectFromLRDFile(tree, version, record), S_OK);
     EXPECT_EQ(Classes(record), classes) << element << " " << version;
   }
@@ -141,10 +145,10 @@ TEST_F(FactoryTest, the_platform_s_own_objects_have_one_class_and_all_others_tho
        Rows<3>{{"", "type='both'", "TYPE_EMBEDDED_COMPONENT_LIKE TYPE_FAMILY_ITEM_LIKE "},
                {"", "type='bare' cadorigin='x'", "TYPE_OBJECT_WITHOUT_FILE "},
                {"", "type='bare' cadorigin=''", "TYPE_KORVANTHEMIX_LIKE "},
-               {"Import", "type='bare' cadorigin=''", "TYPE_KORVANTHEMIX_LIKE "},
-               {"import", "type='bare' cadorigin=''", "TYPE_OBJECT_WITHOUT_FILE "},
+               {"mode='Import'", "type='bare' cadorigin=''", "TYPE_KORVANTHEMIX_LIKE "},
+               {"mode='import'", "type='bare' cadorigin=''", "TYPE_OBJECT_WITHOUT_FILE "},
                {"", "", ""}}) {
-    const Record record = Make("<command mode='" + mode + "'/>", "<cadobject " + object + "/>");
+    const Record record = Make(Element("command", mode), Element("cadobject", object));
     EXPECT_EQ(Joined(record->GetTypeClasses()), classes) << mode << " " << object;
   }
 }
@@ -170,7 +174,7 @@ TEST_F(FactoryTest, all_versions_of_a_creo_file_share_a_record_file_and_both_pat
                {"", "", "", "", ".KORVANTHEMIX/.xml"},
                {"CREO", "d", "", "d", "d/.KORVANTHEMIX/.xml"}}) {
     ZYMUnicodeStringZYMUnicodeStringDico paths;
-    const ZYMIDOMElement_var tree = Tree("<o dirname='" + folder + "' filename='" + file + "'/>");
+    const ZYMIDOMElement_var tree = Tree(Located(folder, file));
     EXPECT_EQ(factory_.GetObjectFileLRDFile(cad, tree, paths), S_OK);
     EXPECT_EQ(paths["objectfile"], object);
     EXPECT_EQ(paths["lrdfile"], record);

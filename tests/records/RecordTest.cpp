@@ -18,6 +18,9 @@ class RecordTest : public ModuleTest {};
 Record Entry(const std::string& id, const std::string& phid = "P") {
   return Made<QELXVARDOSChildLRDObject>("<o phid='" + phid + "'/>", ZYMUnicodeString(id));
 }
+std::string Located(const std::string& folder, const std::string& file) {
+  return "<o dirname='" + folder + "' filename='" + file + "'/>";
+}
 template <typename Class>
 Record Full(const std::string& xml) {
   return Made<Class>(xml, ZYMUnicodeString("V"));
@@ -44,7 +47,7 @@ TEST_F(RecordTest, the_record_folder_lies_beside_the_object_file_and_then_follow
        Rows<5>{{"/cad", "part.prt.3", "/cad/part.prt.3", "/cad/.KORVANTHEMIX", "/cad/.KORVANTHEMIX/part.prt.3.xml"},
                {"", "a b", "a b", ".KORVANTHEMIX", ".KORVANTHEMIX/a b.xml"},
                {"/cad/", "", "/cad/", "/cad/.KORVANTHEMIX", "/cad/.KORVANTHEMIX/.xml"}}) {
-    const Record made = Plain("<o dirname='" + folder + "' filename='" + file + "'/>");
+    const Record made = Plain(Located(folder, file));
     EXPECT_EQ(made->GetObjectFilePath().ToString(), object);
     EXPECT_EQ(made->GetLRDFolderPath(), recordFolder);
     EXPECT_EQ(made->GetLRDFilePath(), recordFile);
@@ -73,7 +76,7 @@ TEST_F(RecordTest, a_child_is_to_be_written_when_its_object_has_no_file) {
   const ScratchFolder folder;
   folder.PutFile("part", 1);
   for (const auto& [file, written] : {std::pair{"part", false}, std::pair{"none", true}, std::pair{"", true}}) {
-    const std::string object = "<o filename='" + std::string(file) + "' dirname='" + folder.Root() + "'/>";
+    const std::string object = Located(folder.Root(), file);
     EXPECT_EQ(Made<QELXVARDOSChildLRDObject_V4>(object, I)->GetWriteFlag(), written) << file;
   }
 }

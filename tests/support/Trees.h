@@ -41,6 +41,10 @@ inline ZYMIXMLDOMDocumentBuilder_var OwnBuilder() {
   return builder;
 }
 
+inline std::string Element(const std::string& name, const std::string& attributes, const std::string& content = "") {
+  return "<" + name + (attributes.empty() ? "" : " ") + attributes + ">" + content + "</" + name + ">";
+}
+
 /// The root of a text.
 inline ZYMIDOMElement_var Tree(const std::string& text) {
   const OneFile disk(text);

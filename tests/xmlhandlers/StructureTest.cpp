@@ -24,11 +24,14 @@ class StructureTest : public ModuleTest {
   const ZYMHandle<QELXVARDOSLRDXMLHandler> handler_ = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(config_);
 };
 
+std::string Object(const std::string& id, const std::string& attributes) {
+  return "<cadobject cadid='" + id + "' phid='" + id + "' " + attributes + "/>";
+}
 /// An object for each letter; its physical id is its CAD id.
 std::string Objects(const std::string& ids, const std::string& attributes = "") {
   std::string xml;
   for (const char id : ids) {
-    xml += "<cadobject cadid='" + std::string(1, id) + "' phid='" + id + "' " + attributes + "/>";
+    xml += Object(std::string(1, id), attributes);
   }
   return xml;
 }
@@ -148,12 +151,14 @@ TEST_F(StructureTest, a_structure_may_be_100_000_deep) {
   std::string structure;
   std::string ends;
   for (int depth = 0; depth < Depth; ++depth) {
-    objects += "<cadobject cadid='" + std::to_string(depth) + "'/>";
-    structure += "<cadobject cadid='" + std::to_string(depth) + "'>";
+    const std::string start = "<cadobject cadid='" + std::to_string(depth);
+    objects.append(start).append("'/>");
+    structure.append(start).append("'>");
     ends += "</cadobject>";
   }
   int linked = 0;
-  for (const RecordMap::Entry& entry : Build(objects, Relation("1"), structure + By("1") + ends)) {
+  const RecordMap records = Build(objects, Relation("1"), structure.append(By("1")).append(ends));
+  for (const RecordMap::Entry& entry : records) {
     linked += entry.second->GetRelatedChildren().Size();
   }
   EXPECT_EQ(linked, Depth - 1);
