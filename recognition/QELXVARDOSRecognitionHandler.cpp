@@ -197,8 +197,8 @@ void QELXVARDOSRecognitionHandler::RecognizeAsEntry(const ZYMIDOMElement_var& ob
 
 void QELXVARDOSRecognitionHandler::RecognizeFromOwnRecord(const Record& record, Found& found,
                                                           ZYMUnicodeString& version) {
-  const ZYMUnicodeString fileStamp = StampOf(call_->Current().file.modified);
-  Trace.Write("File stamp for file ", record->GetObjectFilePath().ToString(), " is : ", fileStamp);
+  const ZYMUnicodeString fileStamp =
+      TracedStamp(record->GetObjectFilePath().ToString(), call_->Current().file.modified);
   found.TakeStamps(record);
   found.objectChangeStamp = record->GetObjectChangeStamp();
   // No order: a file that is older than its record is a modification too.

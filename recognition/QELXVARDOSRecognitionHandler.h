@@ -79,6 +79,8 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
                        QELXIVARDOSLRDObject_var& record);
   int ShouldCheckInParent(const ZYMIDOMNode_var& cadObject);
 
+  /// The stamp of a file whose modification time is known.
+  static ZYMUnicodeString TracedStamp(const ZYMUnicodeString& path, std::int64_t modified);
   /// Whether the record file of the object exists; then paths receives its paths.
   bool TakePathsOfRecord(const ZYMIDOMNode_var& cadObject, ZYMUnicodeStringZYMUnicodeStringDico& paths);
   /// The CAD system's name for record paths. Some clients hand it in as the command; the others' configuration knows

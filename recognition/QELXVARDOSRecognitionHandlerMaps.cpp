@@ -160,8 +160,13 @@ HRESULT QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList(const QELXI
 
 ZYMUnicodeString& QELXVARDOSRecognitionHandler::GetFileTimeStamp(ZYMUnicodeString& stamp,
                                                                  const ZYMUnicodeString& path) {
+  stamp = TracedStamp(path, QELVARDOSPathUtils::GetModificationTime(path));
+  return stamp;
+}
+
+ZYMUnicodeString QELXVARDOSRecognitionHandler::TracedStamp(const ZYMUnicodeString& path, std::int64_t modified) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetFileTimeStamp");
-  stamp = StampOf(QELVARDOSPathUtils::GetModificationTime(path));
+  ZYMUnicodeString stamp = StampOf(modified);
   Trace.Write("File stamp for file ", path, " is : ", stamp);
   step.Return(S_OK);
   return stamp;
