@@ -34,7 +34,7 @@ std::string RecordText(const Floors::Record& record);
 std::string RequestAttributes(const std::string& root, int part);
 std::string AnswerAttributes(const std::string& root, int part);
 
-/// These four for parts 0 to count - 1.
+/// These four for count parts, numbered from 0.
 void MakeFolders(const std::string& root, int count);
 /// Their folders too.
 void MakeRecordFolders(const std::string& root, int count);

@@ -61,7 +61,7 @@ std::vector<std::pair<ino_t, long>> StateOf(const Records& records) {
   return state;
 }
 
-/// The module's records for parts 0 to count - 1, made from a server's answer.
+/// The module's records for count parts, numbered from 0, made from a server's answer.
 QELXIVARDOSLRDObject_varList ModuleRecords(const std::string& data, int count) {
   std::string text = "<info><cadobjectlist>";
   for (int part = 0; part < count; ++part) {
@@ -219,7 +219,7 @@ class ReadWithFloor : public WriteList {
   std::size_t bytes_ = 0;
 };
 
-/// The answer to the check-out of an assembly, part 0, with all other parts below it.
+/// The answer to the check-out of an assembly, the first part, with all other parts below it.
 class CheckOut : public Variant {
  public:
   CheckOut(std::string data, int count) : data_(std::move(data)), count_(count) {}

@@ -58,7 +58,7 @@ Comparison Reading(const std::string& work, int count, const std::function<std::
           100000, RepeatsOf(count)};
 }
 
-/// A check-in of parts 0 to count - 1. structure: of the parts, by number.
+/// A check-in of count parts, numbered from 0. structure: of the parts, by number.
 std::string CheckIn(const std::string& root, int count, const std::string& structure) {
   std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<command cname=\"checkinEx\"><cadobjectlist>";
   std::string relationships;

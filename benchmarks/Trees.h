@@ -15,7 +15,7 @@ std::string ObjectsWithRelationships(const std::string& data, int count);
 std::string File(const std::string& data, const std::string& name, const std::string& text);
 
 enum class Relationships { Without, With };
-/// A request for parts 0 to count - 1 below root, with or without a relationship for each.
+/// A request for count parts, numbered from 0, below root, with or without a relationship for each.
 std::string Request(const std::string& root, int count, Relationships relationships = Relationships::Without);
 
 /// Throws unless all parts are EXISTS with all that their records tell.
