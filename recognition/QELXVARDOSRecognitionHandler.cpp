@@ -3,12 +3,10 @@
 #include <optional>
 
 #include "component/QELXVARDOSTraceChannels.h"
-#include "platform/QELVARDOSPathUtils.h"
 #include "platform/ZYMFillDictionary.h"
 #include "recognition/QELXVARDOSIdentifier.h"
 #include "recognition/RecognizeCall.h"
 #include "records/Dom.h"
-#include "records/FileStamp.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 

@@ -1,6 +1,6 @@
 // The lookup maps of the handler: records by CAD id and by physical id, and where the record of an object may be found.
 
-#include <unordered_map>
+#include <utility>
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPathUtils.h"
