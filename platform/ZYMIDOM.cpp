@@ -16,7 +16,13 @@ HRESULT ZYMIDOMElement::getTextOfFirst(const ZYMUnicodeString& /*name*/, bool& /
   return E_NOTIMPL;
 }
 
-HRESULT ZYMIDOMElement::hasChildElement(const ZYMUnicodeStringList& /*names*/, bool& /*present*/) { return E_NOTIMPL; }
+HRESULT ZYMIDOMElement::getFirstElement(const ZYMUnicodeStringList& /*names*/, ZYMIDOMElement_var& /*child*/) {
+  return E_NOTIMPL;
+}
+
+HRESULT ZYMIDOMElement::getNextElement(const ZYMUnicodeStringList& /*names*/, ZYMIDOMElement_var& /*sibling*/) {
+  return E_NOTIMPL;
+}
 
 HRESULT ZYMIXMLDOMDocumentBuilder::Serialize(const ZYMIDOMNode_var& /*node*/,
                                              const std::function<bool(std::string_view)>& /*sink*/) {

@@ -58,13 +58,16 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
   virtual HRESULT setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) = 0;
   virtual HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) = 0;
 
-  /// Two short cuts for the questions that are asked most, with the answers that the operations above would give. A
-  /// tree that does not offer them answers E_NOTIMPL, and the long way is taken.
+  /// Short cuts for what is done most, with the effect of the operations above. A tree offers all of them or answers
+  /// E_NOTIMPL, and the long way is taken.
   ///
   /// Whether getElementsByTagName has a first item and, if that has a first child, the child's value.
   virtual HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text);
-  /// Whether a child, not one further below, is an element of one of these names.
-  virtual HRESULT hasChildElement(const ZYMUnicodeStringList& names, bool& present);
+  /// The first child that is an element of one of these names; without names, the first that is an element. null when
+  /// there is none.
+  virtual HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child);
+  /// The same among those behind this element that have the same parent.
+  virtual HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling);
 };
 
 class ZYM_EXPORT ZYMIDOMText : public ZYMIDOMNode {

@@ -124,13 +124,12 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
   Trace.Write(" Number of cadobjlist child nodes = ", SUCCEEDED(status) ? count : 0);
   ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(element);
 
-  RecognizeCall call(*this, element);
-  for (int i = 0; i < count && SUCCEEDED(status); ++i) {
-    ZYMIDOMNode_var child;
-    children->item(i, child);
-    if (const ZYMIDOMElement_var object(child); object) {
+  if (SUCCEEDED(status)) {
+    RecognizeCall call(*this, element);
+    ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
       status = RecognizeObject(object, lrdMap, nodeMap, version);
-    }
+      return SUCCEEDED(status);
+    });
   }
   return step.Return(status);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "platform/ZYMIDOM.h"
 
 /// Short ways to look at trees. A lookup that finds nothing, or that fails, answers null or empty.
@@ -30,11 +32,25 @@ void ForEachChild(const ZYMIDOMNode_var& node, const Visit& visit) {
   }
 }
 
-/// The same with those children that are elements.
+/// The same with those children that are elements, or elements of one of these names.
+template <typename Visit>
+void ForEachChildElement(const ZYMIDOMNode_var& node, const ZYMUnicodeStringList& names, const Visit& visit) {
+  const ZYMIDOMElement_var parent(node);
+  ZYMIDOMElement_var element;
+  if (parent.IsNull() || FAILED(parent->getFirstElement(names, element))) {
+    ForEachChild(node, [&](const ZYMIDOMNode_var& child) {
+      const ZYMIDOMElement_var found(child);
+      return found.IsNull() || (names.Size() != 0 && names.Locate(NodeName(found)) == 0) || visit(found);
+    });
+    return;
+  }
+  while (element && visit(element)) {
+    ZYMIDOMElement_var next;
+    element->getNextElement(names, next);
+    element = std::move(next);
+  }
+}
 template <typename Visit>
 void ForEachChildElement(const ZYMIDOMNode_var& node, const Visit& visit) {
-  ForEachChild(node, [&visit](const ZYMIDOMNode_var& child) {
-    const ZYMIDOMElement_var element(child);
-    return element.IsNull() || visit(element);
-  });
+  ForEachChildElement(node, {}, visit);
 }

@@ -89,10 +89,9 @@ class QELXVARDOSLRDXMLHandler::RecordReader {
   Record Read(const ZYMIDOMElement_var& element, int depth = 0) {
     Record record;
     factory_.GetLRDObjectFromLRDFile(element, version_, record);
-    if (record && HoldsRecords(element)) {
-      ForEachChildElement(element, [this, &record, depth](const ZYMIDOMElement_var& child) {
-        const ZYMUnicodeString name = NodeName(child);
-        return RecordElements.Locate(name) == 0 || AddNested(record, child, name, depth + 1);
+    if (record) {
+      ForEachChildElement(element, RecordElements, [this, &record, depth](const ZYMIDOMElement_var& child) {
+        return AddNested(record, child, depth + 1);
       });
     }
     return record;
@@ -101,13 +100,7 @@ class QELXVARDOSLRDXMLHandler::RecordReader {
   bool IsWithinDepth() const { return withinDepth_; }
 
  private:
-  // Most records hold no others; where the tree can tell at once, their children are not walked.
-  static bool HoldsRecords(const ZYMIDOMElement_var& element) {
-    bool present = true;
-    return FAILED(element->hasChildElement(RecordElements, present)) || present;
-  }
-
-  bool AddNested(const Record& parent, const ZYMIDOMElement_var& element, const ZYMUnicodeString& name, int depth) {
+  bool AddNested(const Record& parent, const ZYMIDOMElement_var& element, int depth) {
     withinDepth_ = withinDepth_ && depth <= DeepestNesting;
     if (!withinDepth_) {
       return false;
@@ -115,6 +108,7 @@ class QELXVARDOSLRDXMLHandler::RecordReader {
     const Record nested = Read(element, depth);
     if (nested) {
       parent->AddChild(nested);
+      const ZYMUnicodeString name = NodeName(element);
       if (name == Word::Rel) {
         parent->AddChildRelationship(nested);
       } else if (name == Word::Structure) {

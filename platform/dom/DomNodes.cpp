@@ -11,6 +11,21 @@ namespace {
 /// The tree holds strings that end at the first NUL byte; XML allows none anyway.
 bool HoldsNul(const ZYMUnicodeString& string) { return string.View().find('\0') != std::string_view::npos; }
 
+/// The first character tells most names apart.
+bool IsOneOf(const ZYMUnicodeStringList& names, const char* name) {
+  return names.Size() == 0 || std::any_of(names.begin(), names.end(), [name](const ZYMUnicodeString& wanted) {
+           return *wanted.CStr() == *name && wanted == name;
+         });
+}
+
+/// Among node and the siblings behind it.
+ZYMIDOMElement_var FirstElementFrom(DomStorage& storage, pugi::xml_node node, const ZYMUnicodeStringList& names) {
+  while (node && (!IsOneOf(names, node.name()) || node.type() != pugi::node_element)) {
+    node = storage.NextSibling(node);
+  }
+  return node ? ZYMIDOMElement_var::Adopt(new DomElement(storage, node)) : nullptr;
+}
+
 }  // namespace
 
 ZYM_DEFINE_COMPONENT(DomElement, ZYMIDOMElement)
@@ -52,13 +67,13 @@ HRESULT DomElement::getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZY
   return S_OK;
 }
 
-HRESULT DomElement::hasChildElement(const ZYMUnicodeStringList& names, bool& present) {
-  present = false;
-  for (pugi::xml_node child = anchor_.Node().first_child(); child && !present; child = child.next_sibling()) {
-    const std::string_view name = child.name();
-    present = std::any_of(names.begin(), names.end(), [name](const auto& wanted) { return name == wanted.View(); }) &&
-              child.type() == pugi::node_element;
-  }
+HRESULT DomElement::getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child) {
+  child = FirstElementFrom(anchor_.Storage(), anchor_.Node().first_child(), names);
+  return S_OK;
+}
+
+HRESULT DomElement::getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling) {
+  sibling = FirstElementFrom(anchor_.Storage(), anchor_.Storage().NextSibling(anchor_.Node()), names);
   return S_OK;
 }
 

@@ -19,7 +19,8 @@ class DomElement final : public AnchoredNode<ZYMIDOMElement> {
   HRESULT setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) override;
   HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) override;
   HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) override;
-  HRESULT hasChildElement(const ZYMUnicodeStringList& names, bool& present) override;
+  HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child) override;
+  HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling) override;
 };
 
 class DomText final : public AnchoredNode<ZYMIDOMText> {
