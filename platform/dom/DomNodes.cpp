@@ -38,7 +38,7 @@ HRESULT DomElement::getElementsByTagName(const ZYMUnicodeString& name, ZYMIDOMNo
 }
 
 HRESULT DomElement::getAttribute(const ZYMUnicodeString& name, ZYMUnicodeString& value) {
-  value.Assign(anchor_.Node().attribute(name.CStr()).value());
+  value.Assign(Attributes().Find(anchor_.Node(), name.CStr()).value());
   return S_OK;
 }
 
@@ -46,15 +46,15 @@ HRESULT DomElement::setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeS
   if (HoldsNul(name) || HoldsNul(value)) {
     return E_FAIL;
   }
-  pugi::xml_attribute attribute = anchor_.Node().attribute(name.CStr());
+  pugi::xml_attribute attribute = Attributes().Find(anchor_.Node(), name.CStr());
   if (!attribute) {
-    attribute = anchor_.Node().append_attribute(name.CStr());
+    attribute = Attributes().Add(anchor_.Node(), name.CStr());
   }
   return attribute.set_value(value.CStr(), value.Length()) ? S_OK : E_FAIL;
 }
 
 HRESULT DomElement::hasAttribute(const ZYMUnicodeString& name, bool& present) {
-  present = !anchor_.Node().attribute(name.CStr()).empty();
+  present = !Attributes().Find(anchor_.Node(), name.CStr()).empty();
   return S_OK;
 }
 

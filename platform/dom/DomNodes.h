@@ -21,6 +21,9 @@ class DomElement final : public AnchoredNode<ZYMIDOMElement> {
   HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) override;
   HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child) override;
   HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling) override;
+
+ private:
+  KnownAttributes& Attributes() const noexcept { return anchor_.Storage().Attributes(); }
 };
 
 class DomText final : public AnchoredNode<ZYMIDOMText> {

@@ -1,7 +1,6 @@
 #include "platform/dom/DomStorage.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace ZYMDom {
@@ -29,27 +28,6 @@ pugi::xml_node DomStorage::NextBelow(pugi::xml_node root, pugi::xml_node node) c
     if (const pugi::xml_node sibling = NextSibling(node)) {
       return sibling;
     }
-  }
-  return {};
-}
-
-// NextBelow without its look for the holder, which stands below the document alone, and without a visit to the text of
-// an element that holds nothing else: most of a record is read this way.
-pugi::xml_node DomStorage::FirstElementBelow(pugi::xml_node root, const char* name) const {
-  pugi::xml_node node = root.first_child();
-  while (node) {
-    if (const char* const found = node.name();
-        *found == *name && std::strcmp(found, name) == 0 && node.type() == pugi::node_element) {
-      return node;
-    }
-    pugi::xml_node next = node.first_child();
-    if (next && next.type() == pugi::node_pcdata) {
-      next = next.next_sibling();
-    }
-    for (; !next && node != root; node = node.parent()) {
-      next = node.next_sibling();
-    }
-    node = next;
   }
   return {};
 }

@@ -6,6 +6,8 @@
 #include <string>
 
 #include "platform/dom/AnchorTable.h"
+#include "platform/dom/KnownAttributes.h"
+#include "platform/dom/KnownElements.h"
 
 namespace ZYMDom {
 
@@ -16,6 +18,7 @@ namespace ZYMDom {
 /// and the destruction of a deep subtree need not recurse.
 class DomStorage {
  public:
+  KnownAttributes& Attributes() noexcept { return knownAttributes_; }
   AnchorTable& Anchors() noexcept { return anchors_; }
   pugi::xml_document& Document() noexcept { return document_; }
   /// Grows with every change of the structure. Across a node's move to another tree it grows too.
@@ -31,7 +34,9 @@ class DomStorage {
   /// The neighbours of a node in document order, among the nodes below root.
   pugi::xml_node NextBelow(pugi::xml_node root, pugi::xml_node node) const;
   /// The first element of that name below root, which is an element itself; null when there is none.
-  pugi::xml_node FirstElementBelow(pugi::xml_node root, const char* name) const;
+  pugi::xml_node FirstElementBelow(pugi::xml_node root, const char* name) {
+    return knownElements_.FindFirst(root, revision_, name);
+  }
   pugi::xml_node PreviousBelow(pugi::xml_node root, pugi::xml_node node) const;
 
   /// A node that stands nowhere yet.
@@ -53,6 +58,8 @@ class DomStorage {
   pugi::xml_node holder_;
   AnchorTable anchors_;
   std::uint64_t revision_ = 0;
+  KnownAttributes knownAttributes_;
+  KnownElements knownElements_;
 };
 
 }  // namespace ZYMDom
