@@ -58,10 +58,25 @@ bool PlainXml::Skip(std::string_view word) {
   return found;
 }
 
+bool PlainXml::Skip(char c) {
+  const bool found = *at_ == c;
+  at_ += found ? 1 : 0;
+  return found;
+}
+
 void PlainXml::SkipSpace() {
   while (IsSpace(*at_)) {
     ++at_;
   }
+}
+
+// The loops below count in a local variable: at_ itself would go to memory and back for every character.
+void PlainXml::SkipAll(unsigned char kind) {
+  const char* at = at_;
+  while (Is(*at, kind)) {
+    ++at;
+  }
+  at_ = at;
 }
 
 bool PlainXml::Declaration() {
@@ -83,7 +98,7 @@ bool PlainXml::Tree() {
     return false;
   }
   while (!open_.empty()) {
-    if (!Characters<TextCharacter>('<') || !(at_[1] == '/' ? EndTag() : StartTag())) {
+    if (!Characters(TextCharacter, '<') || !(at_[1] == '/' ? EndTag() : StartTag())) {
       return false;
     }
   }
@@ -105,7 +120,7 @@ bool PlainXml::StartTag() {
       return false;
     }
   }
-  if (Skip(">")) {
+  if (Skip('>')) {
     open_.push_back(name);
     return true;
   }
@@ -119,7 +134,7 @@ bool PlainXml::Attribute(std::size_t number) {
     return false;
   }
   *known = name;
-  return Skip("=\"") && Characters<ValueCharacter>('"') && Skip("\"");
+  return Skip('=') && Skip('"') && Characters(ValueCharacter, '"') && Skip('"');
 }
 
 bool PlainXml::EndTag() {
@@ -129,26 +144,21 @@ bool PlainXml::EndTag() {
   }
   open_.pop_back();
   SkipSpace();
-  return Skip(">");
+  return Skip('>');
 }
 
 std::string_view PlainXml::Name() {
   const char* const start = at_;
   if (StartsAsciiName(static_cast<unsigned char>(*at_))) {
-    while (Is(*at_, NameCharacter)) {
-      ++at_;
-    }
+    SkipAll(NameCharacter);
   }
   return {start, static_cast<std::size_t>(at_ - start)};
 }
 
 /// Goes on to the next end character.
-template <unsigned char Class>
-bool PlainXml::Characters(char end) {
+bool PlainXml::Characters(unsigned char kind, char end) {
   for (;;) {
-    while (Is(*at_, Class)) {
-      ++at_;
-    }
+    SkipAll(kind);
     if (*at_ == end) {
       return true;
     }

@@ -20,15 +20,16 @@ class PlainXml {
 
  private:
   bool Skip(std::string_view word);
+  bool Skip(char c);
   void SkipSpace();
+  void SkipAll(unsigned char kind);
   bool Declaration();
   bool Tree();
   bool StartTag();
   bool Attribute(std::size_t number);
   bool EndTag();
   std::string_view Name();
-  template <unsigned char Class>
-  bool Characters(char end);
+  bool Characters(unsigned char kind, char end);
   bool Reference();
 
   // An element with more attributes is not plain: they are compared each with each.
