@@ -17,6 +17,18 @@ std::size_t ExtensionDot(std::string_view name) {
   return dot == std::string_view::npos || dot == 0 ? name.size() : dot;
 }
 
+void Append(std::string& path, std::string_view part) {
+  if (path.empty() || part.empty()) {
+    path += part;
+    return;
+  }
+  while (path.ends_with('/')) {
+    path.pop_back();
+  }
+  path += '/';
+  path += part.substr(std::min(part.find_first_not_of('/'), part.size()));
+}
+
 }  // namespace
 
 QELVARDOSPath QELVARDOSPath::GetDirName() const {
@@ -35,21 +47,26 @@ ZYMUnicodeString QELVARDOSPath::GetBaseName() const {
   return name.substr(0, ExtensionDot(name));
 }
 
-ZYMUnicodeString QELVARDOSPath::GetExtension() const {
-  const std::string_view name = FileName(path_);
+ZYMUnicodeString QELVARDOSPath::GetExtension() const { return ExtensionOf(path_); }
+
+std::string_view QELVARDOSPath::ExtensionOf(std::string_view path) noexcept {
+  const std::string_view name = FileName(path);
   return name.substr(std::min(ExtensionDot(name) + 1, name.size()));
 }
 
-QELVARDOSPath operator/(const QELVARDOSPath& folder, const QELVARDOSPath& name) {
-  if (folder.IsEmpty() || name.IsEmpty()) {
-    return folder.IsEmpty() ? name : folder;
+QELVARDOSPath QELVARDOSPath::Join(std::initializer_list<std::string_view> parts) {
+  std::size_t most = parts.size();
+  for (const std::string_view part : parts) {
+    most += part.size();
   }
-  std::string_view left = folder.path_;
-  std::string_view right = name.path_;
-  left = left.substr(0, left.find_last_not_of('/') + 1);
-  right = right.substr(std::min(right.find_first_not_of('/'), right.size()));
   std::string joined;
-  joined.reserve(left.size() + 1 + right.size());
-  joined.append(left).append(1, '/').append(right);
+  joined.reserve(most);
+  for (const std::string_view part : parts) {
+    Append(joined, part);
+  }
   return ZYMUnicodeString(std::move(joined));
+}
+
+QELVARDOSPath operator/(const QELVARDOSPath& folder, const QELVARDOSPath& name) {
+  return QELVARDOSPath::Join({folder.path_, name.path_});
 }

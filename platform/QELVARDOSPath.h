@@ -1,5 +1,8 @@
 #pragma once
 
+#include <initializer_list>
+#include <string_view>
+
 #include "platform/ZYMUnicodeString.h"
 
 /// A file-system path as text, UTF-8, "/" on every system; empty by default. Splitting and joining never look at the
@@ -23,6 +26,11 @@ class ZYM_EXPORT QELVARDOSPath {
   /// What follows that dot, without it; empty when there is none.
   ZYMUnicodeString GetExtension() const;
 
+  /// GetExtension of a path that is no object of this class.
+  static std::string_view ExtensionOf(std::string_view path) noexcept;
+
+  /// All parts joined from left to right as by operator/, but with one allocation.
+  static QELVARDOSPath Join(std::initializer_list<std::string_view> parts);
   /// Textual: an empty side yields the other side, one "/" stands between, an absolute right side does not replace the
   /// left.
   friend ZYM_EXPORT QELVARDOSPath operator/(const QELVARDOSPath& folder, const QELVARDOSPath& name);

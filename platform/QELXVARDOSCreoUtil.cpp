@@ -18,6 +18,6 @@ ZYMUnicodeString QELXVARDOSCreoUtil::fileNameWitoutVersion(const ZYMUnicodeStrin
   if (dot == std::string_view::npos || !IsNumber(name.substr(dot + 1))) {
     return fileName;
   }
-  const ZYMUnicodeString unversioned = name.substr(0, dot);
-  return QELVARDOSPath(unversioned).GetExtension().IsEmpty() ? fileName : unversioned;
+  const std::string_view unversioned = name.substr(0, dot);
+  return QELVARDOSPath::ExtensionOf(unversioned).empty() ? fileName : ZYMUnicodeString(unversioned);
 }

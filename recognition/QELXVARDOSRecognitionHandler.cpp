@@ -227,21 +227,17 @@ HRESULT QELXVARDOSRecognitionHandler::getLRDObject(const ZYMIDOMNode_var& cadObj
   call_->Begin(object);
   const bool inParent = ShouldCheckInParent(object) == 1;
   // The paths of the object itself stand unless a composition has a record, so a parent is never asked.
-  std::optional<ZYMUnicodeStringZYMUnicodeStringDico> composition;
-  if (inParent) {
-    GetObjectFileLRDFileFromComposition(object, nodeMap, composition.emplace());
-  }
-  const bool inComposition = composition && composition->HasKey(Word::LRDFile);
+  const std::optional<QELXVARDOSLRDFactory::Paths> composition =
+      inParent ? PathsInComposition(object, nodeMap) : std::nullopt;
   if (Attribute(object, Word::RecognizeAsNew) == Word::UpperTrue) {
-    if (inComposition || call_->OwnRecordExists()) {
+    if (composition || call_->OwnRecordExists()) {
       Trace.Write("Object is marked as recognise as new ");
     }
     return step.Return(S_OK);
   }
-  const HRESULT status =
-      inComposition ? call_->ReadParent((*composition)[Word::LRDFile], record) : call_->ReadOwn(record);
+  const HRESULT status = composition ? call_->ReadParent(composition->recordFile, record) : call_->ReadOwn(record);
   if (SUCCEEDED(status) && record) {
-    record->SetObjectFilePath(inComposition ? (*composition)[Word::ObjectFile] : call_->Current().paths.objectFile);
+    record->SetObjectFilePath(composition ? composition->objectFile : call_->Current().paths.objectFile);
     record->SetStateFlag(inParent);
   }
   return step.Return(status);

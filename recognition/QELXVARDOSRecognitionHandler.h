@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
+
 #include "component/QELXIVARDOSRecognitionHandler.h"
 #include "platform/QELIVARDOSGlobalConfigObject.h"
 #include "platform/ZYMIDOMNode_varZYMUnicodeStringDico.h"
 #include "platform/ZYMUnicodeStringZYMUnicodeStringDico.h"
+#include "records/QELXVARDOSLRDFactory.h"
 
 /// Recognition against the local records. A verdict comes from the first of these that applies: the physical id that
 /// the request gives the object; the object's own record file; the entry of the object in the record file of its
@@ -81,8 +84,11 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
 
   /// The stamp of a file whose modification time is known.
   static ZYMUnicodeString TracedStamp(const ZYMUnicodeString& path, std::int64_t modified);
-  /// Whether the record file of the object exists; then paths receives its paths.
-  bool TakePathsOfRecord(const ZYMIDOMNode_var& cadObject, ZYMUnicodeStringZYMUnicodeStringDico& paths);
+  /// The paths that GetObjectFileLRDFileFromComposition finds.
+  std::optional<QELXVARDOSLRDFactory::Paths> PathsInComposition(const ZYMIDOMNode_var& cadObject,
+                                                                const ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap);
+  /// The paths of an object whose record file exists.
+  std::optional<QELXVARDOSLRDFactory::Paths> PathsWithRecord(const ZYMIDOMNode_var& cadObject);
   /// The CAD system's name for record paths. Some clients hand it in as the command; the others' configuration knows
   /// it.
   ZYMUnicodeString CadName() const;

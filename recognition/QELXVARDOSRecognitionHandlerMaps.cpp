@@ -20,6 +20,13 @@ const QELVARDOSClientTrace& Trace = Channels.details;
 using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+using Paths = QELXVARDOSLRDFactory::Paths;
+
+void Put(const Paths& found, ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+  paths.RemoveAll();
+  paths.Insert(Word::ObjectFile, found.objectFile.ToString());
+  paths.Insert(Word::LRDFile, found.recordFile);
+}
 
 /// The records that a tree carries, by CAD id; none when no handler serves it.
 HRESULT ReadRecords(const QELIVARDOSGlobalConfigObject_var& config, const ZYMIDOMNode_var& node, RecordMap& records) {
@@ -111,15 +118,28 @@ HRESULT QELXVARDOSRecognitionHandler::getCadidObjectNodeMap(const ZYMIDOMNode_va
 HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition(const ZYMIDOMNode_var& cadObject,
                                                                           ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
                                                                           ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+  if (const std::optional<Paths> found = PathsInComposition(cadObject, nodeMap); found) {
+    Put(*found, paths);
+  }
+  return S_OK;
+}
+
+std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsInComposition(
+    const ZYMIDOMNode_var& cadObject, const ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition");
   ZYMUnicodeStringList compositions;
   QELXVARDOSIdentifier(cadObject).IdentifyComposition(compositions);
+  std::optional<Paths> paths;
   for (const ZYMUnicodeString& cadId : std::as_const(compositions)) {
-    if (const ZYMIDOMNode_var node = nodeMap[cadId]; node && TakePathsOfRecord(node, paths)) {
+    if (const ZYMIDOMNode_var* node = nodeMap.Find(cadId); node != nullptr) {
+      paths = PathsWithRecord(*node);
+    }
+    if (paths) {
       break;
     }
   }
-  return step.Return(S_OK);
+  step.Return(S_OK);
+  return paths;
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent(const ZYMIDOMNode_var& cadObject,
@@ -129,23 +149,23 @@ HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent(const ZYMID
   ZYMUnicodeStringList parents;
   QELXVARDOSIdentifier(cadObject).IdentifyParent(parents);
   if (parents.Size() != 0) {
-    if (const ZYMIDOMNode_var node = nodeMap[parents[1]]; node && !TakePathsOfRecord(node, paths)) {
-      GetObjectFileLRDFileFromComposition(cadObject, nodeMap, paths);
+    if (const ZYMIDOMNode_var node = nodeMap[parents[1]]; node) {
+      if (const std::optional<Paths> found = PathsWithRecord(node); found) {
+        Put(*found, paths);
+      } else {
+        GetObjectFileLRDFileFromComposition(cadObject, nodeMap, paths);
+      }
     }
   }
   return step.Return(S_OK);
 }
 
-bool QELXVARDOSRecognitionHandler::TakePathsOfRecord(const ZYMIDOMNode_var& cadObject,
-                                                     ZYMUnicodeStringZYMUnicodeStringDico& paths) {
-  ZYMUnicodeStringZYMUnicodeStringDico found;
-  QELXVARDOSLRDFactory().GetObjectFileLRDFile(CadName(), cadObject, found);
-  const ZYMUnicodeString recordFile = found[Word::LRDFile];
-  const bool exists = call_ == nullptr ? QELVARDOSPathUtils::Exists(recordFile) : call_->ParentExists(recordFile);
-  if (exists) {
-    paths = found;
-  }
-  return exists;
+std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsWithRecord(
+    const ZYMIDOMNode_var& cadObject) {
+  Paths paths = QELXVARDOSLRDFactory().PathsOf(CadName(), cadObject);
+  const bool exists =
+      call_ == nullptr ? QELVARDOSPathUtils::Exists(paths.recordFile) : call_->ParentExists(paths.recordFile);
+  return exists ? std::optional(std::move(paths)) : std::nullopt;
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList(const QELXIVARDOSLRDObject_varList& a,

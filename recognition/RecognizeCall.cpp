@@ -110,9 +110,9 @@ QELXVARDOSRecognitionHandler::RecognizeCall::RecognizeCall(QELXVARDOSRecognition
 
 QELXVARDOSRecognitionHandler::RecognizeCall::~RecognizeCall() { handler_.call_ = nullptr; }
 
-void QELXVARDOSRecognitionHandler::RecognizeCall::Begin(const ZYMIDOMNode_var& cadObject) {
-  object_.paths = factory_.PathsOf(cadName_, cadObject);
-  object_.file = QELVARDOSFileLayer::Current().Stat(object_.paths.objectFile.Str());
+void QELXVARDOSRecognitionHandler::RecognizeCall::Begin(const ZYMIDOMElement_var& object) {
+  object_.paths = factory_.PathsOf(cadName_, object);
+  object_.file = QELVARDOSFileLayer::Current().Stat(object_.paths.objectFile.ToString().Str());
 }
 
 QELXVARDOSRecognitionHandler::RecognizeCall::ParentFile& QELXVARDOSRecognitionHandler::RecognizeCall::ParentAt(

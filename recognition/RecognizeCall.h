@@ -90,7 +90,7 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   const ZYMIDOMNode_var& Request() const { return request_; }
 
   /// Takes up the next object.
-  void Begin(const ZYMIDOMNode_var& cadObject);
+  void Begin(const ZYMIDOMElement_var& object);
   const Object& Current() const { return object_; }
 
   /// Whether the record file of another object is there.

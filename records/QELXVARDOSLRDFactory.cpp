@@ -233,17 +233,15 @@ ZYMUnicodeString QELXVARDOSLRDFactory::GetIdentifier(const QELIVARDOSGlobalConfi
 }
 
 QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsOf(const ZYMUnicodeString& cadName,
-                                                          const ZYMIDOMNode_var& cadobject) {
+                                                          const ZYMIDOMElement_var& cadobject) {
   const Step step(Trace, "QELXVARDOSLRDFactory::GetObjectFileLRDFile");
-  const ZYMIDOMElement_var element(cadobject);
-  const QELVARDOSPath folder = Attribute(element, Word::DirName);
-  const QELVARDOSPath fileName = Attribute(element, Word::FileName);
-  ZYMUnicodeString recordName =
-      cadName == Word::Creo ? QELXVARDOSCreoUtil::fileNameWitoutVersion(fileName.ToString()) : fileName.ToString();
+  const ZYMUnicodeString folder = Attribute(cadobject, Word::DirName);
+  const ZYMUnicodeString fileName = Attribute(cadobject, Word::FileName);
+  ZYMUnicodeString recordName = cadName == Word::Creo ? QELXVARDOSCreoUtil::fileNameWitoutVersion(fileName) : fileName;
   recordName += FileName::RecordSuffix;
-  static const QELVARDOSPath RecordFolder(FileName::RecordFolder);
-  Paths paths{(folder / fileName).ToString(), (folder / (RecordFolder / std::move(recordName))).ToString()};
-  Trace.Write("Object File: ", paths.objectFile);
+  Paths paths{QELVARDOSPath::Join({folder, fileName}),
+              QELVARDOSPath::Join({folder, FileName::RecordFolder, recordName}).ToString()};
+  Trace.Write("Object File: ", paths.objectFile.ToString());
   Trace.Write("LRD File: ", paths.recordFile);
   step.Return(S_OK);
   return paths;
@@ -252,7 +250,7 @@ QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsOf(const ZYMUnicodeString
 HRESULT QELXVARDOSLRDFactory::GetObjectFileLRDFile(const ZYMUnicodeString& cadName, const ZYMIDOMNode_var& cadobject,
                                                    ZYMUnicodeStringZYMUnicodeStringDico& paths) {
   const Paths found = PathsOf(cadName, cadobject);
-  paths.Insert(Word::ObjectFile, found.objectFile);
+  paths.Insert(Word::ObjectFile, found.objectFile.ToString());
   paths.Insert(Word::LRDFile, found.recordFile);
   return S_OK;
 }

@@ -39,10 +39,10 @@ class QELXVARDOSLRDFactory {
 
   /// What GetObjectFileLRDFile puts into its dictionary, for callers that need no dictionary.
   struct Paths {
-    ZYMUnicodeString objectFile;
+    QELVARDOSPath objectFile;
     ZYMUnicodeString recordFile;
   };
-  Paths PathsOf(const ZYMUnicodeString& cadName, const ZYMIDOMNode_var& cadobject);
+  Paths PathsOf(const ZYMUnicodeString& cadName, const ZYMIDOMElement_var& cadobject);
 
  private:
   QELXIVARDOSLRDObject_var MakeFullRecord(const ZYMUnicodeString& version, const ZYMIDOMNode_var& object,
