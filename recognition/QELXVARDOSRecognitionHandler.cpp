@@ -44,26 +44,46 @@ struct Asked {
   ZYMUnicodeString xsStamp;
 };
 
+// The stamps of a record as they are written back; all empty without one.
+struct Stamps {
+  explicit Stamps(const Record& record) {
+    if (record) {
+      physicalId = &record->GetPhysicalId();
+      ceStamp = &record->GetCEStamp();
+      hashcode = &record->GetHashcode();
+      macroCEStamp = record->GetMacroCEStamp();
+      xsStamp = record->GetXSStamp();
+    }
+  }
+
+  inline static const ZYMUnicodeString None;
+  const ZYMUnicodeString* physicalId = &None;
+  const ZYMUnicodeString* ceStamp = &None;
+  const ZYMUnicodeString* hashcode = &None;
+  ZYMUnicodeString macroCEStamp;
+  ZYMUnicodeString xsStamp;
+};
+
 template <typename Found>
 void WriteBack(const ZYMIDOMElement_var& object, const Asked& asked, const Found& found,
                const ZYMUnicodeString& version) {
   Trace.Write("LRD object is of version :  ", version);
   Trace.Write("Object cadid : ", asked.cadId, " is recognized as : ", found.verdict);
+  const Stamps stamps(found.record);
   object->setAttribute(Word::Status, found.verdict);
-  object->setAttribute(Word::Phid, found.physicalId);
+  object->setAttribute(Word::Phid, *stamps.physicalId);
   object->setAttribute(FormatVersion::Attribute, version);
-  object->setAttribute(Word::MacroCEStamp, found.macroCEStamp);
-  object->setAttribute(Word::XSStamp, found.xsStamp);
-  object->setAttribute(Word::HashcodeFromLRD, found.hashcode);
+  object->setAttribute(Word::MacroCEStamp, stamps.macroCEStamp);
+  object->setAttribute(Word::XSStamp, stamps.xsStamp);
+  object->setAttribute(Word::HashcodeFromLRD, *stamps.hashcode);
   if (!found.objectChangeStamp.IsEmpty()) {
     object->setAttribute(Word::ObjectChangeStamp, found.objectChangeStamp);
   }
-  if (!found.ceStamp.IsEmpty()) {
-    object->setAttribute(Word::CEStamp, found.ceStamp);
-  }
   // While the synchronisation stamps agree, the request's own CE stamp is the newer knowledge, even when it is empty.
-  if (found.xsStamp == asked.xsStamp) {
+  if (stamps.xsStamp == asked.xsStamp) {
     object->setAttribute(Word::CEStamp, asked.ceStamp);
+  } else if (!stamps.ceStamp->IsEmpty()) {
+    object->setAttribute(Word::CEStamp, *stamps.ceStamp);
   }
 }
 
@@ -71,20 +91,9 @@ void WriteBack(const ZYMIDOMElement_var& object, const Asked& asked, const Found
 
 // What is written into an object that was looked up among the records.
 struct QELXVARDOSRecognitionHandler::Found {
-  void TakeStamps(const Record& record) {
-    physicalId = record->GetPhysicalId();
-    ceStamp = record->GetCEStamp();
-    macroCEStamp = record->GetMacroCEStamp();
-    hashcode = record->GetHashcode();
-    xsStamp = record->GetXSStamp();
-  }
-
   ZYMUnicodeString verdict;
-  ZYMUnicodeString physicalId;
-  ZYMUnicodeString ceStamp;
-  ZYMUnicodeString macroCEStamp;
-  ZYMUnicodeString hashcode;
-  ZYMUnicodeString xsStamp;
+  /// Whose stamps are written; null: none are known.
+  Record record;
   ZYMUnicodeString objectChangeStamp;
 };
 
@@ -187,8 +196,8 @@ void QELXVARDOSRecognitionHandler::RecognizeAsEntry(const ZYMIDOMElement_var& ob
     return;
   }
   Trace.Write("Object is present in its parent LRD ");
-  found.TakeStamps(entry);
-  found.verdict = found.physicalId.IsEmpty() ? Word::Unknown : Word::Exists;
+  found.record = entry;
+  found.verdict = entry->GetPhysicalId().IsEmpty() ? Word::Unknown : Word::Exists;
   version = record->GetVersion();
 }
 
@@ -196,7 +205,7 @@ void QELXVARDOSRecognitionHandler::RecognizeFromOwnRecord(const Record& record, 
                                                           ZYMUnicodeString& version) {
   const ZYMUnicodeString fileStamp =
       TracedStamp(record->GetObjectFilePath().ToString(), call_->Current().file.modified);
-  found.TakeStamps(record);
+  found.record = record;
   found.objectChangeStamp = record->GetObjectChangeStamp();
   // No order: a file that is older than its record is a modification too.
   found.verdict = found.objectChangeStamp == fileStamp ? Word::Exists : Word::ModifiedVerdict;
