@@ -81,9 +81,10 @@ const std::array<RecordClass, 12> RecordClasses = {{
 }};
 
 const RecordClass* FindClass(const ZYMUnicodeString& name) {
-  const auto* found = std::find_if(RecordClasses.begin(), RecordClasses.end(),
-                                   [&name](const RecordClass& recordClass) { return recordClass.name == name; });
-  return found == RecordClasses.end() ? nullptr : found;
+  // Most records are of the newest classes.
+  const auto found = std::find_if(RecordClasses.rbegin(), RecordClasses.rend(),
+                                  [&name](const RecordClass& recordClass) { return recordClass.name == name; });
+  return found == RecordClasses.rend() ? nullptr : &*found;
 }
 
 Record MakeFromObject(const ZYMUnicodeString& className, const ZYMIDOMNode_var& object, const Origin& origin) {
@@ -131,10 +132,9 @@ HRESULT QELXVARDOSLRDFactory::GetLRDObjectFromLRDFile(const ZYMIDOMNode_var& ele
   const Step step(Trace, "QELXVARDOSLRDFactory::GetLRDObjectFromLRDFile");
   const ZYMUnicodeString& kind = KindOf(NodeName(element));
   if (!kind.IsEmpty()) {
-    const QELXVARDOSLRDVersionInfo versions;
     bool fromFile = true;
-    CreateObject(versions.GetClassName(version.IsEmpty() ? FormatVersion::Default : version, kind), element, fromFile,
-                 record);
+    CreateObject(QELXVARDOSLRDVersionInfo::ClassName(version.IsEmpty() ? FormatVersion::Default : version, kind),
+                 element, fromFile, record);
   }
   return step.Return(S_OK);
 }
@@ -172,17 +172,18 @@ QELXIVARDOSLRDObject_var QELXVARDOSLRDFactory::MakeFullRecord(const ZYMUnicodeSt
   ZYMUnicodeStringList members;
   QELXVARDOSIdentifier(object).IdentifyComposition(members);
   const Origin origin{version, identifier, members};
-  const QELXVARDOSLRDVersionInfo versions;
 
-  Record full = MakeFromObject(versions.GetClassName(version, KindName::Full), object, origin);
+  Record full = MakeFromObject(QELXVARDOSLRDVersionInfo::ClassName(version, KindName::Full), object, origin);
   if (full.IsNull()) {
     return full;
   }
   if (!(version == FormatVersion::V2)) {
-    full->AddCompositionObject(MakeFromObject(versions.GetClassName(version, KindName::Child), object, origin));
+    full->AddCompositionObject(
+        MakeFromObject(QELXVARDOSLRDVersionInfo::ClassName(version, KindName::Child), object, origin));
   }
   if (members.Size() != 0) {
-    full->AddCompositionObject(MakeFromObject(versions.GetClassName(version, KindName::Composition), object, origin));
+    full->AddCompositionObject(
+        MakeFromObject(QELXVARDOSLRDVersionInfo::ClassName(version, KindName::Composition), object, origin));
   }
   return full;
 }

@@ -45,9 +45,10 @@ const std::vector<Version> Ledger = {
 };
 
 const Version* Find(const ZYMUnicodeString& name) {
+  // Most files are of the newest format.
   const auto found =
-      std::find_if(Ledger.begin(), Ledger.end(), [&name](const Version& version) { return version.name == name; });
-  return found == Ledger.end() ? nullptr : &*found;
+      std::find_if(Ledger.rbegin(), Ledger.rend(), [&name](const Version& version) { return version.name == name; });
+  return found == Ledger.rend() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -59,11 +60,12 @@ const ZYMUnicodeStringList* QELXVARDOSLRDVersionInfo::GetCapabilities(const ZYMU
   return found == nullptr || !found->capabilities ? nullptr : &*found->capabilities;
 }
 
-ZYMUnicodeString QELXVARDOSLRDVersionInfo::GetClassName(const ZYMUnicodeString& version,
-                                                        const ZYMUnicodeString& kind) const {
+const ZYMUnicodeString& QELXVARDOSLRDVersionInfo::ClassName(const ZYMUnicodeString& version,
+                                                            const ZYMUnicodeString& kind) {
+  static const ZYMUnicodeString None;
   const Version* found = Find(version);
   if (found == nullptr) {
-    return {};
+    return None;
   }
   if (kind == KindName::Full) {
     return found->full;
@@ -74,7 +76,7 @@ ZYMUnicodeString QELXVARDOSLRDVersionInfo::GetClassName(const ZYMUnicodeString& 
   if (kind == KindName::Composition) {
     return found->composition;
   }
-  return kind == KindName::Rel ? found->rel : ZYMUnicodeString();
+  return kind == KindName::Rel ? found->rel : None;
 }
 
 ZYMUnicodeString QELXVARDOSLRDVersionInfo::GetLRDVersion(const ZYMIDOMNode_var& node) const {

@@ -15,7 +15,11 @@ class QELXVARDOSLRDVersionInfo {
   /// Null for a version without entry, which "4.0" is on purpose.
   const ZYMUnicodeStringList* GetCapabilities(const ZYMUnicodeString& version) const;
   /// kind: one of KindName. Empty for a version or a kind without entry.
-  ZYMUnicodeString GetClassName(const ZYMUnicodeString& version, const ZYMUnicodeString& kind) const;
+  ZYMUnicodeString GetClassName(const ZYMUnicodeString& version, const ZYMUnicodeString& kind) const {
+    return ClassName(version, kind);
+  }
+  /// The same without a copy.
+  static const ZYMUnicodeString& ClassName(const ZYMUnicodeString& version, const ZYMUnicodeString& kind);
   /// The version that a command or response calls for: "2.0" for mode="path" with nocompletion="true", else "4.0";
   /// empty when the node is no element.
   ZYMUnicodeString GetLRDVersion(const ZYMIDOMNode_var& node) const;
