@@ -1,7 +1,8 @@
 #include "recognition/RecognizeCall.h"
 
-#include <algorithm>
+#include <bit>
 #include <functional>
+#include <utility>
 
 #include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
@@ -18,7 +19,9 @@ void AddWithNested(RecordIndex& index, const QELXIVARDOSLRDObject_varList& recor
   }
 }
 
-std::size_t HashOf(const ZYMUnicodeString& text) { return std::hash<ZYMUnicodeString>()(text); }
+std::uint32_t HashOf(const ZYMUnicodeString& text) {
+  return static_cast<std::uint32_t>(std::hash<ZYMUnicodeString>()(text));
+}
 
 bool Exists(const ZYMUnicodeString& path) { return QELVARDOSFileLayer::Current().Stat(path.Str()).Exists(); }
 
@@ -73,27 +76,41 @@ RequestRelationships::RequestRelationships(const ZYMIDOMNode_var& request) {
     return;
   }
   ForEachChildElement(list, [this](const ZYMIDOMElement_var& relationship) {
-    if (const ZYMUnicodeString id = Attribute(relationship, Word::RelUuid); !id.IsEmpty()) {
-      entries_.push_back({HashOf(id), relationship});
+    const ZYMUnicodeString id = Attribute(relationship, Word::RelUuid);
+    if (!id.IsEmpty() && Attribute(relationship, Word::Phid).IsEmpty()) {
+      entries_.push_back({relationship, HashOf(id), 0});
     }
     return true;
   });
-  std::stable_sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.hash < b.hash; });
+  chains_.resize(std::bit_ceil(entries_.size()));
+  for (Number number = 1; number <= entries_.size(); ++number) {
+    Entry& entry = entries_[number - 1];
+    entry.next = std::exchange(ChainOf(entry.hash), number);
+  }
 }
 
-void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) const {
+void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) {
   for (const Record& relationship : record->GetChildRelationships()) {
-    const ZYMUnicodeString& id = relationship->GetId();
-    if (id.IsEmpty()) {
-      continue;
+    if (!entries_.empty() && !relationship->GetId().IsEmpty()) {
+      Complete(relationship->GetId(), relationship->GetPhysicalId());
     }
-    const std::size_t hash = HashOf(id);
-    for (auto entry = std::lower_bound(entries_.begin(), entries_.end(), hash,
-                                       [](const Entry&e, std::size_t wanted) { return e.hash < wanted; });
-         entry != entries_.end() && entry->hash == hash; ++entry) {
-      if (Attribute(entry->element, Word::RelUuid) == id && Attribute(entry->element, Word::Phid).IsEmpty()) {
-        entry->element->setAttribute(Word::Phid, relationship->GetPhysicalId());
-      }
+  }
+}
+
+// What has a physical id now leaves its chain, so that however many records and relationships share one id, each is
+// completed once.
+void RequestRelationships::Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId) {
+  const std::uint32_t hash = HashOf(id);
+  for (Number* link = &ChainOf(hash); *link != 0;) {
+    Entry& entry = entries_[*link - 1];
+    const bool found = entry.hash == hash && Attribute(entry.element, Word::RelUuid) == id;
+    if (found) {
+      entry.element->setAttribute(Word::Phid, physicalId);
+    }
+    if (found && !physicalId.IsEmpty()) {
+      *link = entry.next;
+    } else {
+      link = &entry.next;
     }
   }
 }

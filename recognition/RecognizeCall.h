@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,20 +58,28 @@ class ParentRecord {
   std::optional<RecordIndex> relatedChildren_;
 };
 
-/// The relationships of a request by their "reluuid".
+/// The relationships of a request that have no physical id, by their "reluuid".
 class RequestRelationships {
  public:
   explicit RequestRelationships(const ZYMIDOMNode_var& request);
-  /// Gives each relationship of the record that the request has without a physical id the one that the record knows.
-  void Complete(const QELXIVARDOSLRDObject_var& record) const;
+  /// Gives each of them that is one of the record's the physical id that the record knows.
+  void Complete(const QELXIVARDOSLRDObject_var& record);
 
  private:
-  // The hash alone keeps an entry small; the id itself is looked up in the element.
+  /// The number of an entry, counted from 1; 0: none.
+  using Number = std::uint32_t;
+  // A table of its own, since the hash alone keeps an entry small: the id itself is looked up in the element.
   struct Entry {
-    std::size_t hash;
     ZYMIDOMElement_var element;
+    std::uint32_t hash;
+    Number next;
   };
+  Number& ChainOf(std::uint32_t hash) { return chains_[hash & (chains_.size() - 1)]; }
+  void Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId);
+
   std::vector<Entry> entries_;
+  // A power of two.
+  std::vector<Number> chains_;
 };
 
 /// What the objects of one Recognize share. Nothing of it outlives the call.
