@@ -12,14 +12,16 @@ pugi::xml_attribute KnownAttributes::Find(pugi::xml_node element, const char* na
   }
   const std::string_view initials(initials_.data(), count_);
   for (std::size_t i = 0; (i = initials.find(*name, i)) != std::string_view::npos; ++i) {
-    if (std::strcmp(attributes_[i].name(), name) == 0) {
-      return attributes_[i];
+    if (std::strcmp(attributes_[i].name, name) == 0) {
+      return attributes_[i].attribute;
     }
   }
-  pugi::xml_attribute next = count_ == 0 ? element.first_attribute() : attributes_[count_ - 1].next_attribute();
+  pugi::xml_attribute next =
+      count_ == 0 ? element.first_attribute() : attributes_[count_ - 1].attribute.next_attribute();
   for (; next; next = next.next_attribute()) {
-    Know(next);
-    if (*next.name() == *name && std::strcmp(next.name(), name) == 0) {
+    const char* const found = next.name();
+    Know({found, next});
+    if (*found == *name && std::strcmp(found, name) == 0) {
       return next;
     }
   }
@@ -28,13 +30,13 @@ pugi::xml_attribute KnownAttributes::Find(pugi::xml_node element, const char* na
 
 pugi::xml_attribute KnownAttributes::Add(pugi::xml_node element, const char* name) {
   const pugi::xml_attribute added = element.append_attribute(name);
-  Know(added);
+  Know({added.name(), added});
   return added;
 }
 
-void KnownAttributes::Know(pugi::xml_attribute attribute) {
+void KnownAttributes::Know(const Attribute& attribute) {
   if (count_ < Most) {
-    initials_[count_] = *attribute.name();
+    initials_[count_] = *attribute.name;
     attributes_[count_] = attribute;
     ++count_;
   }

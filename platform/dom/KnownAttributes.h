@@ -16,7 +16,11 @@ class KnownAttributes {
   pugi::xml_attribute Add(pugi::xml_node element, const char* name);
 
  private:
-  void Know(pugi::xml_attribute attribute);
+  struct Attribute {
+    const char* name = nullptr;
+    pugi::xml_attribute attribute;
+  };
+  void Know(const Attribute& attribute);
 
   // What lies behind the last of them is walked each time.
   static constexpr std::size_t Most = 16;
@@ -25,7 +29,7 @@ class KnownAttributes {
   std::size_t count_ = 0;
   // The first character tells most names apart.
   std::array<char, Most> initials_{};
-  std::array<pugi::xml_attribute, Most> attributes_;
+  std::array<Attribute, Most> attributes_;
 };
 
 }  // namespace ZYMDom

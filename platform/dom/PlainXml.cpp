@@ -87,7 +87,7 @@ bool PlainXml::Declaration() {
     return false;
   }
   if (Skip(" encoding=\"") &&
-      !((Skip("U") || Skip("u")) && (Skip("T") || Skip("t")) && (Skip("F") || Skip("f")) && Skip("-8\""))) {
+      !((Skip('U') || Skip('u')) && (Skip('T') || Skip('t')) && (Skip('F') || Skip('f')) && Skip("-8\""))) {
     return false;
   }
   return Skip("?>");
