@@ -24,6 +24,10 @@ HRESULT ZYMIDOMElement::getNextElement(const ZYMUnicodeStringList& /*names*/, ZY
   return E_NOTIMPL;
 }
 
+HRESULT ZYMIDOMElement::appendTextElement(const ZYMUnicodeString& /*name*/, const ZYMUnicodeString& /*value*/) {
+  return E_NOTIMPL;
+}
+
 HRESULT ZYMIXMLDOMDocumentBuilder::Serialize(const ZYMIDOMNode_var& /*node*/,
                                              const std::function<bool(std::string_view)>& /*sink*/) {
   return E_NOTIMPL;

@@ -68,6 +68,8 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
   virtual HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child);
   /// The same among those behind this element that have the same parent.
   virtual HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling);
+  /// Makes an element with one text node, which is there even when the value is empty, the last child.
+  virtual HRESULT appendTextElement(const ZYMUnicodeString& name, const ZYMUnicodeString& value);
 };
 
 class ZYM_EXPORT ZYMIDOMText : public ZYMIDOMNode {

@@ -22,6 +22,9 @@ using Step = QELVARDOSClientTraceStep;
 
 const ZYMUnicodeString Empty;
 
+// The same step in the trace, whether the tree makes such a node at once or piece by piece.
+constexpr const char* CreateTextNodeStep = "QELXVARDOSLRDObject::CreateTextNode";
+
 using PendingReleases = std::vector<QELXIVARDOSLRDObject_var>;
 
 // Set while records are being released one after the other. A plain pointer, because an object with a destructor would
@@ -135,7 +138,7 @@ HRESULT QELXVARDOSLRDObject::CreateDocument(const ZYMUnicodeString& rootName, ZY
 
 HRESULT QELXVARDOSLRDObject::CreateTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
                                             const ZYMIDOMDocument_var& document, ZYMIDOMElement_var& element) {
-  const Step step(Trace, "QELXVARDOSLRDObject::CreateTextNode");
+  const Step step(Trace, CreateTextNodeStep);
   ZYMIDOMText_var text;
   ZYMIDOMNode_var appended;
   return step.Return(UntilFailure([&] { return document->createElement(tag, element); },
@@ -145,10 +148,15 @@ HRESULT QELXVARDOSLRDObject::CreateTextNode(const ZYMUnicodeString& tag, const Z
 
 HRESULT QELXVARDOSLRDObject::AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
                                          const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
-  ZYMIDOMElement_var added;
-  ZYMIDOMNode_var appended;
-  const HRESULT status = UntilFailure([&] { return CreateTextNode(tag, value, document, added); },
-                                      [&] { return parent->appendChild(added, appended); });
+  HRESULT status = parent->appendTextElement(tag, value);
+  if (status == E_NOTIMPL) {
+    ZYMIDOMElement_var added;
+    ZYMIDOMNode_var appended;
+    status = UntilFailure([&] { return CreateTextNode(tag, value, document, added); },
+                          [&] { return parent->appendChild(added, appended); });
+  } else {
+    Step(Trace, CreateTextNodeStep).Return(status);
+  }
   Trace.Write(tag, " node added with value : ", value);
   return status;
 }

@@ -77,6 +77,14 @@ HRESULT DomElement::getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMEle
   return S_OK;
 }
 
+HRESULT DomElement::appendTextElement(const ZYMUnicodeString& name, const ZYMUnicodeString& value) {
+  if (HoldsNul(name) || HoldsNul(value)) {
+    return E_FAIL;
+  }
+  anchor_.Storage().AppendTextElement(anchor_.Node(), name.CStr(), value.CStr());
+  return S_OK;
+}
+
 ZYMIDOMDocument_var DomDocument::Of(std::unique_ptr<DomStorage> storage) {
   ZYMIDOMDocument_var document = ZYMIDOMDocument_var::Adopt(new DomDocument(*storage, storage->Document()));
   static_cast<void>(storage.release());

@@ -21,6 +21,7 @@ class DomElement final : public AnchoredNode<ZYMIDOMElement> {
   HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) override;
   HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child) override;
   HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling) override;
+  HRESULT appendTextElement(const ZYMUnicodeString& name, const ZYMUnicodeString& value) override;
 
  private:
   KnownAttributes& Attributes() const noexcept { return anchor_.Storage().Attributes(); }

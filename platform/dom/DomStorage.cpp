@@ -55,6 +55,11 @@ pugi::xml_node DomStorage::NewText(const char* value) {
   return text;
 }
 
+void DomStorage::AppendTextElement(pugi::xml_node parent, const char* name, const char* value) {
+  parent.append_child(name).append_child(pugi::node_pcdata).set_value(value);
+  ++revision_;
+}
+
 bool DomStorage::Move(pugi::xml_node parent, pugi::xml_node child) {
   const bool beforeHolder = parent == document_ && holder_;
   const pugi::xml_node moved = beforeHolder ? parent.insert_move_before(child, holder_) : parent.append_move(child);

@@ -416,6 +416,80 @@ TEST_F(DomTest, ListsWalkInDocumentOrderAndFollowChanges) {
   EXPECT_EQ(numbers(xs), "41255214");
 }
 
+/// The names of the elements that one leads to, by way of the short cuts.
+std::string Steps(const ZYMIDOMElement_var& parent, const ZYMUnicodeStringList& names) {
+  std::string steps;
+  ZYMIDOMElement_var element;
+  EXPECT_EQ(parent->getFirstElement(names, element), S_OK);
+  while (element) {
+    steps += Name(element);
+    ZYMIDOMElement_var next;
+    EXPECT_EQ(element->getNextElement(names, next), S_OK);
+    element = next;
+  }
+  return steps;
+}
+
+/// The text of the first element of that name, found by the short cut and checked against the long way.
+std::string FirstText(const ZYMIDOMElement_var& root, const char* name) {
+  bool found = false;
+  ZYMUnicodeString text("as it was");
+  EXPECT_EQ(root->getTextOfFirst(name, found, text), S_OK);
+  const ZYMIDOMNode_var first = Item(Tagged(root, name), 0);
+  EXPECT_EQ(found, !first.IsNull()) << name;
+  const bool hasChild = found && Length(Children(first)) != 0;
+  EXPECT_EQ(text.Str(), hasChild ? Value(Item(Children(first), 0)) : "as it was") << name;
+  return text.Str();
+}
+
+TEST_F(DomTest, ShortCutsLeadWhereTheLongWayDoes) {
+  const ZYMIDOMDocument_var document = Parse(
+      "<!--c--><r><!--c-->t<a>1<b>2</b></a><?p "
+      "q?><p/><b>3</b><d>4<!--c--></d><e/><f/><g/><h/><i>5</i><d/></r><!--c-->");
+  const ZYMIDOMElement_var root = Root(document);
+  const ZYMIDOMElement_var nowhere = Element(document, "nowhere");
+  EXPECT_EQ(Steps(root, {}), "apbdefghid");
+  EXPECT_EQ(Steps(root, {"d", "a", "x"}), "add");
+  EXPECT_EQ(Steps(root, {"x"}) + Steps(nowhere, {}), "");
+  ZYMIDOMElement_var besideRoot = nowhere;
+  EXPECT_EQ(root->getNextElement({}, besideRoot), S_OK);
+  EXPECT_TRUE(besideRoot.IsNull());
+
+  const ZYMIDOMElement_var a = ZYMIDOMElement_var(Item(Tagged(root, "a"), 0));
+  for (const char* name : {"a", "b", "i", "d", "p", "r", "new", "#text"}) {
+    FirstText(root, name);
+    FirstText(a, name);
+  }
+  const ZYMIDOMNodeList_var children = Children(root);
+  const int before = Length(children);
+  EXPECT_EQ(root->appendTextElement("new", "<&"), S_OK);
+  EXPECT_EQ(a->appendTextElement("new", ""), S_OK);
+  EXPECT_EQ(root->appendTextElement("new", "\0"s), E_FAIL);
+  EXPECT_EQ(Length(children), before + 1);
+  EXPECT_EQ(FirstText(root, "new"), "");
+  EXPECT_EQ(Append(root, a), S_OK);
+  EXPECT_EQ(FirstText(root, "new"), "<&");
+  EXPECT_EQ(FirstText(root, "b"), "3");
+  EXPECT_THAT(Text(root), HasSubstr("<new>&lt;&amp;</new><a>1<b>2</b><new></new></a></r>"));
+}
+
+TEST_F(DomTest, ManyAttributesOfSeveralElementsAreKeptApart) {
+  const ZYMIDOMDocument_var document = Parse("<r a=\"0\" ab=\"0\"><s a=\"1\"/></r>");
+  const ZYMIDOMElement_var root = Root(document);
+  const ZYMIDOMElement_var child = ZYMIDOMElement_var(Item(Tagged(root, "s"), 0));
+  const auto name = [](int number) { return "a" + std::to_string(number); };
+  for (int number = 0; number < 40; ++number) {
+    EXPECT_EQ(root->setAttribute(name(number), std::to_string(number)), S_OK);
+    EXPECT_EQ(child->setAttribute(name(number % 20), std::to_string(number)), S_OK);
+  }
+  for (int number = 0; number < 40; ++number) {
+    EXPECT_EQ(Attribute(root, name(number).c_str()), std::to_string(number));
+    EXPECT_EQ(Attribute(child, name(number).c_str()), number < 20 ? std::to_string(number + 20) : "");
+  }
+  EXPECT_EQ(Attribute(root, "a") + Attribute(root, "ab") + Attribute(child, "a") + Attribute(child, "ab"), "001");
+  EXPECT_THAT(Text(child), HasSubstr("<s a=\"1\" a0=\"20\" a1=\"21\""));
+}
+
 TEST_F(DomTest, AppendingTakesOverWithEveryHandle) {
   ZYMIDOMDocument_var source = Parse("<s><t a=\"1\"><u>text</u><u/></t><t/></s>");
   const ZYMIDOMDocument_var target = Parse("<r/>");
