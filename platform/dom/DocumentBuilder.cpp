@@ -62,12 +62,12 @@ HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStr
 HRESULT DocumentBuilder::Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path,
                                const ZYMUnicodeStringList& /*optionNames*/,
                                const ZYMUnicodeStringList& /*optionValues*/) {
-  std::string text;
+  text_.clear();
   std::string reason;
-  if (!WriteText(node, text, nullptr, reason)) {
+  if (!WriteText(node, text_, nullptr, reason)) {
     return Fail(path, ": " + reason);
   }
-  if (const std::error_code error = QELVARDOSReplaceFile(path.Str(), text)) {
+  if (const std::error_code error = QELVARDOSReplaceFile(path.Str(), text_)) {
     return Fail(path, ": " + error.message());
   }
   return S_OK;

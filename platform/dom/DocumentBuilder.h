@@ -25,6 +25,8 @@ class DocumentBuilder final : public ZYMIXMLDOMDocumentBuilder {
  private:
   PlainXml plain_;
   ExpatReader expat_;
+  // What is written; its room serves the next file.
+  std::string text_;
 };
 
 }  // namespace ZYMDom

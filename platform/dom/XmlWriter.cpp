@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 #include "platform/dom/ExpatReader.h"
@@ -58,12 +59,50 @@ std::string Describe(unsigned char c) {
   return text.data();
 }
 
-bool IsBeyondAscii(char c) { return static_cast<unsigned char>(c) >= 0x80; }
+/// Goes on from text, by eight bytes at a time, as long as they all stand for themselves wherever characters may stand:
+/// no control character, none of " & < > and nothing beyond ASCII. The bytes behind it are to be looked at singly.
+const char* SkipHarmless(const char* text, const char* end) noexcept {
+  constexpr std::uint64_t Each = 0x0101010101010101U;
+  // The highest bit of each byte tells; a lower byte that is found may set those of the bytes above it too.
+  const auto holds = [](std::uint64_t bytes, char c) {
+    const std::uint64_t zeroWhereFound = bytes ^ (Each * static_cast<unsigned char>(c));
+    return (zeroWhereFound - Each) & ~zeroWhereFound;
+  };
+  for (; end - text >= 8; text += 8) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text, sizeof bytes);
+    const std::uint64_t found =
+        bytes | (bytes - Each * 0x20U) | holds(bytes, '"') | holds(bytes, '&') | holds(bytes, '<') | holds(bytes, '>');
+    if ((found & (Each * 0x80U)) != 0) {
+      break;
+    }
+  }
+  return text;
+}
 
-bool MayStartName(char c) { return StartsAsciiName(static_cast<unsigned char>(c)) || c == ':' || IsBeyondAscii(c); }
+/// Where a byte may stand in a name.
+enum Place : unsigned char { BehindStart, Anywhere, BeyondAscii, Nowhere };
 
-bool MayContinueName(char c) {
-  return ContinuesAsciiName(static_cast<unsigned char>(c)) || c == ':' || IsBeyondAscii(c);
+constexpr std::array<unsigned char, 256> PlacesInNames() {
+  std::array<unsigned char, 256> places{};
+  for (unsigned char c = 0; c < 0x80; ++c) {
+    places[c] = StartsAsciiName(c) || c == ':' ? Anywhere : ContinuesAsciiName(c) ? BehindStart : Nowhere;
+  }
+  std::fill(places.begin() + 0x80, places.end(), BeyondAscii);
+  return places;
+}
+
+constexpr std::array<unsigned char, 256> Places = PlacesInNames();
+
+Place PlaceOf(char c) { return static_cast<Place>(Places[static_cast<unsigned char>(c)]); }
+
+/// Whether an ASCII character may follow the first of a name.
+bool IsIn(Place place) { return place <= Anywhere; }
+
+/// Nothing in it is forbidden; whether what lies beyond ASCII may stand there is not asked.
+bool LooksLikeName(std::string_view name) {
+  return !name.empty() && PlaceOf(name.front()) != BehindStart &&
+         std::none_of(name.begin(), name.end(), [](char c) { return PlaceOf(c) == Nowhere; });
 }
 
 /// A name beyond ASCII is one when the reader takes it for one.
@@ -147,7 +186,7 @@ void XmlWriter::Open(pugi::xml_node node) {
 void XmlWriter::OpenElement(pugi::xml_node element) {
   text_ += '<';
   Name(element.name());
-  for (const pugi::xml_attribute attribute : element.attributes()) {
+  for (pugi::xml_attribute attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
     text_ += ' ';
     Name(attribute.name());
     text_ += "=\"";
@@ -177,7 +216,15 @@ void XmlWriter::Section(std::string_view begin, const char* value, std::string_v
 }
 
 void XmlWriter::Name(const char* name) {
-  if (IsName(name)) {
+  const char* end = name;
+  if (PlaceOf(*end) == Anywhere) {
+    while (IsIn(PlaceOf(*end))) {
+      ++end;
+    }
+  }
+  if (*end == '\0' && end != name) {
+    text_.append(name, end);
+  } else if (IsName(name)) {
     text_ += name;
   } else {
     Refuse('"' + std::string(name) + "\" is no name in XML");
@@ -185,17 +232,13 @@ void XmlWriter::Name(const char* name) {
 }
 
 bool XmlWriter::IsName(std::string_view name) {
-  if (name.empty() || !MayStartName(name.front()) || !std::all_of(name.begin(), name.end(), MayContinueName)) {
-    return false;
-  }
-  if (std::none_of(name.begin(), name.end(), IsBeyondAscii) || names_.contains(name)) {
-    return true;
-  }
-  return ReadsAsName(name) && names_.emplace(name).second;
+  return names_.contains(name) || (LooksLikeName(name) && ReadsAsName(name) && names_.emplace(name).second);
 }
 
 void XmlWriter::Characters(const char* text, const XmlEscapes& escapes) {
+  const char* const end = text + std::strlen(text);
   for (const char* run = text;;) {
+    text = SkipHarmless(text, end);
     while (escapes[static_cast<unsigned char>(*text)] == Copied) {
       ++text;
     }
@@ -230,7 +273,7 @@ void XmlWriter::Refuse(std::string reason) {
 }
 
 void XmlWriter::HandOver(std::size_t atLeast) {
-  if (sink_ && !Done() && text_.size() >= atLeast) {
+  if (text_.size() >= atLeast && sink_ && !Done()) {
     stopped_ = !sink_(text_);
     text_.clear();
   }
