@@ -175,7 +175,7 @@ void Fail(Fate& fate, const std::error_code& error) {
 
 /// Of equal paths the last stays, even where it was found to be on the disk already.
 void DropSuperseded(std::vector<Fate>& fates) {
-  std::unordered_set<std::string_view> seen;
+  std::unordered_set<std::string_view> seen(fates.size());
   for (std::size_t at = fates.size(); at-- > 0;) {
     Fate& fate = fates[at];
     if (!seen.insert(fate.path).second) {
@@ -213,29 +213,55 @@ void RenameAll(std::vector<Fate>& fates) {
   }
 }
 
-using Targets = std::unordered_set<std::uint64_t>;
-
-void RemoveLeftOvers(std::string_view folderPart, const Targets& targets) {
-  std::vector<std::string> names;
-  current.layer->List(folderPart.empty() ? "." : std::string(folderPart), names);
-  for (const std::string& text : names) {
-    const std::optional<TemporaryName> name = Parse(text);
-    if (name && targets.contains(name->target) && IsLeftOver(*name, Beside(folderPart, text))) {
-      current.layer->Remove(Beside(folderPart, text));
+/// The names of the files whose replacement succeeded, by their folders.
+class Targets {
+ public:
+  explicit Targets(const std::vector<Fate>& fates) {
+    for (const Fate& fate : fates) {
+      if (fate.outcome != QELVARDOSReplacement::Failed) {
+        hashes_[FolderPart(fate.path)].insert(TargetHash(fate.path));
+      }
     }
   }
+  bool Has(std::string_view folderPart, std::uint64_t target) const {
+    const auto found = hashes_.find(folderPart);
+    return found != hashes_.end() && found->second.contains(target);
+  }
+
+ private:
+  std::unordered_map<std::string_view, std::unordered_set<std::uint64_t>> hashes_;
+};
+
+/// The folders in which a replacement succeeded, each once.
+std::vector<std::string_view> FoldersOf(const std::vector<Fate>& fates) {
+  std::vector<std::string_view> folders;
+  std::unordered_set<std::string_view> seen;
+  for (const Fate& fate : fates) {
+    const std::string_view folderPart = FolderPart(fate.path);
+    const bool again = !folders.empty() && folders.back() == folderPart;
+    if (fate.outcome != QELVARDOSReplacement::Failed && !again && seen.insert(folderPart).second) {
+      folders.push_back(folderPart);
+    }
+  }
+  return folders;
 }
 
-/// One listing of each folder, however many of its files were replaced.
+/// One listing of each folder, however many of its files were replaced. Files that were left over are rare, so it is
+/// then that the targets are looked at.
 void RemoveLeftOvers(const std::vector<Fate>& fates) {
-  std::unordered_map<std::string_view, Targets> folders;
-  for (const Fate& fate : fates) {
-    if (fate.outcome != QELVARDOSReplacement::Failed) {
-      folders[FolderPart(fate.path)].insert(TargetHash(fate.path));
+  std::optional<Targets> targets;
+  for (const std::string_view folderPart : FoldersOf(fates)) {
+    std::vector<std::string> names;
+    current.layer->List(folderPart.empty() ? "." : std::string(folderPart), names);
+    for (const std::string& text : names) {
+      const std::optional<TemporaryName> name = Parse(text);
+      if (name && !targets) {
+        targets.emplace(fates);
+      }
+      if (name && targets->Has(folderPart, name->target) && IsLeftOver(*name, Beside(folderPart, text))) {
+        current.layer->Remove(Beside(folderPart, text));
+      }
     }
-  }
-  for (const auto& [folderPart, targets] : folders) {
-    RemoveLeftOvers(folderPart, targets);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/QELVARDOSFileLayer.h"
 #include "platform/ZYMExport.h"
 
 /// Replaces files in whole, many at a time, so that an interruption at any moment leaves each as it was or as it was to
@@ -49,6 +50,7 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   };
   void Abandon();
 
+  QELVARDOSFileLookups lookups_;
   std::vector<Staged> staged_;
   std::string lastFailure_;
 };
