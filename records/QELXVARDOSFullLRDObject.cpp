@@ -70,6 +70,10 @@ HRESULT QELXVARDOSFullLRDObject::WriteObject(const QELXIVARDOSLRDObject_varList&
 
 HRESULT QELXVARDOSFullLRDObject::AppendChildren(const QELXIVARDOSLRDObject_varList& visited,
                                                 const ZYMIDOMElement_var& object, ZYMIDOMElement_var& element) {
+  if (children_.Size() == 0) {
+    element = object;
+    return S_OK;
+  }
   QELXIVARDOSLRDObject_varList path(visited);
   path.Append(QELXIVARDOSLRDObject_var(this));
   HRESULT status = S_OK;

@@ -44,6 +44,9 @@ bool IsSelected(const Record& record) { return record->GetSelectedFlag().Matches
 // A name that a server sent must not lead out of the record folder.
 bool LeavesRecordFolder(const ZYMUnicodeString& path) {
   std::string_view rest = path.View();
+  if (rest.find("..") == std::string_view::npos) {
+    return false;
+  }
   bool inside = false;
   while (!rest.empty()) {
     const std::size_t slash = rest.find('/');
