@@ -71,12 +71,13 @@ class ZYMStringDico {
   ~ZYMStringDico() = default;
 
   void Insert(const ZYMUnicodeString& key, const Value& value) {
-    if (const auto place = places_.find(key.View()); place != places_.end()) {
-      entries_.splice(entries_.end(), entries_, place->second);
+    // Most keys are new, so one is put in its place before it is looked for.
+    entries_.push_back({key, value});
+    const iterator added = std::prev(entries_.end());
+    if (const auto [place, isNew] = places_.try_emplace(added->first.View(), added); !isNew) {
       place->second->second = value;
-    } else {
-      entries_.push_back({key, value});
-      places_.emplace(entries_.back().first.View(), std::prev(entries_.end()));
+      entries_.splice(entries_.end(), entries_, place->second);
+      entries_.erase(added);
     }
   }
   /// Inserts every entry of other in its order. Inserting a dictionary into itself does nothing.

@@ -127,14 +127,17 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
   if (children) {
     children->getLength(count);
   }
-  ZYMIDOMNode_varZYMUnicodeStringDico nodeMap(count);
-  status = getCadidObjectNodeMap(list, nodeMap);
+  // The map of the objects is most of what recognition would need memory for. A trace is to tell its size; otherwise it
+  // is made when the first composition is looked up in it, which most requests never come to.
+  ZYMIDOMNode_varZYMUnicodeStringDico nodeMap;
+  const bool mapped = Trace.IsOn();
+  status = mapped ? getCadidObjectNodeMap(list, nodeMap) : ForEachCadId(list, [](const auto&, const auto&) {});
   Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
   Trace.Write(" Number of cadobjlist child nodes = ", SUCCEEDED(status) ? count : 0);
   ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(element);
 
   if (SUCCEEDED(status)) {
-    RecognizeCall call(*this, element);
+    RecognizeCall call(*this, element, mapped ? ZYMIDOMElement_var() : list);
     ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
       status = RecognizeObject(object, lrdMap, nodeMap, version);
       return SUCCEEDED(status);

@@ -86,7 +86,7 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   static ZYMUnicodeString TracedStamp(const ZYMUnicodeString& path, std::int64_t modified);
   /// The paths that GetObjectFileLRDFileFromComposition finds.
   std::optional<QELXVARDOSLRDFactory::Paths> PathsInComposition(const ZYMIDOMNode_var& cadObject,
-                                                                const ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap);
+                                                                ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap);
   /// The paths of an object whose record file exists.
   std::optional<QELXVARDOSLRDFactory::Paths> PathsWithRecord(const ZYMIDOMNode_var& cadObject);
   /// The CAD system's name for record paths. Some clients hand it in as the command; the others' configuration knows

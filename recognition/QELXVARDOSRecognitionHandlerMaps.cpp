@@ -103,14 +103,10 @@ HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMap(const ZYMIDOMNode_var& node
 HRESULT QELXVARDOSRecognitionHandler::getCadidObjectNodeMap(const ZYMIDOMNode_var& cadobjectlist,
                                                             ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::getCadidObjectNodeMap");
-  HRESULT status = S_OK;
-  ForEachChildElement(cadobjectlist, [&](const ZYMIDOMElement_var& object) {
-    ZYMUnicodeString cadId;
-    status = object->getAttribute(Word::CadId, cadId);
+  const HRESULT status = ForEachCadId(cadobjectlist, [&](const ZYMIDOMElement_var& object, const auto& cadId) {
     if (!cadId.IsEmpty()) {
       nodeMap.Insert(cadId, object);
     }
-    return true;
   });
   return step.Return(status);
 }
@@ -125,13 +121,14 @@ HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition(const 
 }
 
 std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsInComposition(
-    const ZYMIDOMNode_var& cadObject, const ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
+    const ZYMIDOMNode_var& cadObject, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition");
   ZYMUnicodeStringList compositions;
   QELXVARDOSIdentifier(cadObject).IdentifyComposition(compositions);
   std::optional<Paths> paths;
   for (const ZYMUnicodeString& cadId : std::as_const(compositions)) {
-    if (const ZYMIDOMNode_var* node = nodeMap.Find(cadId); node != nullptr) {
+    const auto& objects = call_ == nullptr ? nodeMap : call_->Filled(nodeMap);
+    if (const ZYMIDOMNode_var* node = objects.Find(cadId); node != nullptr) {
       paths = PathsWithRecord(*node);
     }
     if (paths) {

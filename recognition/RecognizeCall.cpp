@@ -4,9 +4,6 @@
 #include <functional>
 #include <utility>
 
-#include "records/Dom.h"
-#include "records/QELXVARDOSLRDConstants.h"
-
 namespace {
 
 using Record = QELXIVARDOSLRDObject_var;
@@ -116,9 +113,11 @@ void RequestRelationships::Complete(const ZYMUnicodeString& id, const ZYMUnicode
 }
 
 QELXVARDOSRecognitionHandler::RecognizeCall::RecognizeCall(QELXVARDOSRecognitionHandler& handler,
-                                                           const ZYMIDOMNode_var& request)
+                                                           const ZYMIDOMNode_var& request,
+                                                           const ZYMIDOMElement_var& unmapped)
     : handler_(handler),
       request_(request),
+      unmapped_(unmapped),
       cadName_(handler.CadName()),
       reader_(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(handler.config_)),
       byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(handler.command_)) {
@@ -126,6 +125,14 @@ QELXVARDOSRecognitionHandler::RecognizeCall::RecognizeCall(QELXVARDOSRecognition
 }
 
 QELXVARDOSRecognitionHandler::RecognizeCall::~RecognizeCall() { handler_.call_ = nullptr; }
+
+const ZYMIDOMNode_varZYMUnicodeStringDico& QELXVARDOSRecognitionHandler::RecognizeCall::Filled(
+    ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
+  if (unmapped_) {
+    handler_.getCadidObjectNodeMap(std::exchange(unmapped_, nullptr), nodeMap);
+  }
+  return nodeMap;
+}
 
 void QELXVARDOSRecognitionHandler::RecognizeCall::Begin(const ZYMIDOMElement_var& object) {
   object_.paths = factory_.PathsOf(cadName_, object);

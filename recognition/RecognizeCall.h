@@ -11,8 +11,23 @@
 #include "platform/QELVARDOSFileLayer.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "records/Dom.h"
+#include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+
+/// Calls visit with each object of the list and its CAD id, which may be empty. Answers the status of the last id read.
+template <typename Visit>
+HRESULT ForEachCadId(const ZYMIDOMNode_var& cadobjectlist, const Visit& visit) {
+  HRESULT status = S_OK;
+  ForEachChildElement(cadobjectlist, [&](const ZYMIDOMElement_var& object) {
+    ZYMUnicodeString cadId;
+    status = object->getAttribute(Word::CadId, cadId);
+    visit(object, cadId);
+    return true;
+  });
+  return status;
+}
 
 /// Records by a string of theirs that does not change while the index lives; of equal strings the first counts, and the
 /// empty string finds nothing.
@@ -85,7 +100,9 @@ class RequestRelationships {
 /// What the objects of one Recognize share. Nothing of it outlives the call.
 class QELXVARDOSRecognitionHandler::RecognizeCall {
  public:
-  RecognizeCall(QELXVARDOSRecognitionHandler& handler, const ZYMIDOMNode_var& request);
+  /// unmapped: the list of the request's objects, unless they are mapped by their CAD ids already.
+  RecognizeCall(QELXVARDOSRecognitionHandler& handler, const ZYMIDOMNode_var& request,
+                const ZYMIDOMElement_var& unmapped);
   ~RecognizeCall();
   RecognizeCall(const RecognizeCall&) = delete;
   RecognizeCall& operator=(const RecognizeCall&) = delete;
@@ -97,6 +114,8 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   };
   const ZYMIDOMNode_var& Request() const { return request_; }
 
+  /// The map of the request's objects, filled when it is first asked for.
+  const ZYMIDOMNode_varZYMUnicodeStringDico& Filled(ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap);
   /// Takes up the next object.
   void Begin(const ZYMIDOMElement_var& object);
   const Object& Current() const { return object_; }
@@ -125,6 +144,7 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   QELXVARDOSRecognitionHandler& handler_;
   QELVARDOSFileLookups lookups_;
   ZYMIDOMNode_var request_;
+  ZYMIDOMElement_var unmapped_;
   ZYMUnicodeString cadName_;
   QELXVARDOSLRDFactory factory_;
   ZYMHandle<QELXVARDOSLRDXMLHandler> reader_;
