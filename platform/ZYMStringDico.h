@@ -73,7 +73,7 @@ class ZYMStringDico {
   void Insert(const ZYMUnicodeString& key, const Value& value) {
     // Most keys are new, so one is put in its place before it is looked for.
     entries_.push_back({key, value});
-    const iterator added = std::prev(entries_.end());
+    const auto added = std::prev(entries_.end());
     if (const auto [place, isNew] = places_.try_emplace(added->first.View(), added); !isNew) {
       place->second->second = value;
       entries_.splice(entries_.end(), entries_, place->second);
