@@ -139,28 +139,26 @@ void XmlWriter::WriteDocument(const DomStorage& storage, pugi::xml_node document
 void XmlWriter::WriteTree(pugi::xml_node root) {
   for (pugi::xml_node node = root; !Done();) {
     current_ = node;
-    Open(node);
+    pugi::xml_node next = Open(node);
     HandOver(std::size_t{64} << 10U);
-    if (const pugi::xml_node child = node.first_child()) {
-      node = child;
-      continue;
+    while (!next && node != root) {
+      next = node.next_sibling();
+      if (!next) {
+        node = node.parent();
+        Close(node);
+      }
     }
-    while (node != root && !node.next_sibling()) {
-      node = node.parent();
-      Close(node);
-    }
-    if (node == root) {
+    if (!next) {
       return;
     }
-    node = node.next_sibling();
+    node = next;
   }
 }
 
-void XmlWriter::Open(pugi::xml_node node) {
+pugi::xml_node XmlWriter::Open(pugi::xml_node node) {
   switch (node.type()) {
     case pugi::node_element:
-      OpenElement(node);
-      break;
+      return OpenElement(node);
     case pugi::node_pcdata:
       Characters(node.value(), InText);
       break;
@@ -181,9 +179,10 @@ void XmlWriter::Open(pugi::xml_node node) {
     default:
       Refuse("a node of an unknown kind");
   }
+  return {};
 }
 
-void XmlWriter::OpenElement(pugi::xml_node element) {
+pugi::xml_node XmlWriter::OpenElement(pugi::xml_node element) {
   text_ += '<';
   Name(element.name());
   for (pugi::xml_attribute attribute = element.first_attribute(); attribute; attribute = attribute.next_attribute()) {
@@ -193,7 +192,15 @@ void XmlWriter::OpenElement(pugi::xml_node element) {
     Characters(attribute.value(), InAttribute);
     text_ += '"';
   }
-  text_ += element.first_child() ? ">" : "/>";
+  const pugi::xml_node child = element.first_child();
+  text_ += child ? ">" : "/>";
+  if (child.type() != pugi::node_pcdata || child.next_sibling()) {
+    return child;
+  }
+  // Most elements of a record hold a text and nothing else.
+  Characters(child.value(), InText);
+  Close(element);
+  return {};
 }
 
 void XmlWriter::Close(pugi::xml_node element) {

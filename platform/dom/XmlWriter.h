@@ -32,10 +32,10 @@ class XmlWriter {
  private:
   void WriteDocument(const DomStorage& storage, pugi::xml_node document);
   void WriteTree(pugi::xml_node root);
-  void Open(pugi::xml_node node);
-  void OpenElement(pugi::xml_node element);
+  /// Both answer the first of the nodes in it that are still to be written; null when it is written whole.
+  pugi::xml_node Open(pugi::xml_node node);
+  pugi::xml_node OpenElement(pugi::xml_node element);
   void Close(pugi::xml_node element);
-  void Doctype(pugi::xml_node doctype);
   void Section(std::string_view begin, const char* value, std::string_view forbidden, std::string_view end);
   void Name(const char* name);
   bool IsName(std::string_view name);
