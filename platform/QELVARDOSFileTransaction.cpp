@@ -1,8 +1,10 @@
 #include "platform/QELVARDOSFileTransaction.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <random>
@@ -121,6 +123,7 @@ struct OpenTransaction {
   QELVARDOSFileTransaction* transaction = nullptr;
   QELVARDOSFileLayer* layer = nullptr;
   TemporaryName nextName;
+  std::string present;  ///< the file that is being compared; its room serves the next
 };
 
 thread_local OpenTransaction current;
@@ -186,6 +189,25 @@ void DropSuperseded(std::vector<Fate>& fates) {
     }
   }
   std::erase_if(fates, [](const Fate& fate) { return fate.path.empty(); });
+}
+
+/// Whether two of the files may be one. A table in one piece tells far sooner than one of nodes that no two are.
+template <typename Staged>
+bool MayRepeat(const std::vector<Staged>& staged) {
+  std::vector<std::size_t> hashes(std::bit_ceil(2 * staged.size() + 1));
+  const std::size_t mask = hashes.size() - 1;
+  for (const Staged& file : staged) {
+    const std::size_t hash = file.hash == 0 ? 1 : file.hash;
+    std::size_t at = hash & mask;
+    while (hashes[at] != 0 && hashes[at] != hash) {
+      at = (at + 1) & mask;
+    }
+    if (hashes[at] == hash) {
+      return true;
+    }
+    hashes[at] = hash;
+  }
+  return false;
 }
 
 void MakeDurable(std::vector<Fate>& fates) {
@@ -300,9 +322,8 @@ std::error_code WriteTemporary(const std::string& path, std::string_view bytes, 
 /// temporary stays empty when the file holds the bytes already. Reading comes first: records that did not change are
 /// the common case, and it tells at once whether there is a file at all.
 std::error_code Stage(const std::string& path, std::string_view bytes, std::string& temporary) {
-  std::string present;
-  const std::error_code unreadable = current.layer->Read(path, present);
-  if (!unreadable && present == bytes) {
+  const std::error_code unreadable = current.layer->Read(path, current.present);
+  if (!unreadable && current.present == bytes) {
     return {};
   }
   const QELVARDOSFileFacts facts = current.layer->Stat(path);
@@ -318,7 +339,7 @@ QELVARDOSFileTransaction::QELVARDOSFileTransaction() {
   if (current.transaction != nullptr) {
     throw std::logic_error("a file transaction is open on this thread already");
   }
-  current = {this, &QELVARDOSFileLayer::Current(), FirstName()};
+  current = {this, &QELVARDOSFileLayer::Current(), FirstName(), {}};
 }
 
 QELVARDOSFileTransaction::~QELVARDOSFileTransaction() {
@@ -334,7 +355,7 @@ std::error_code QELVARDOSFileTransaction::Replace(const std::string& path, std::
     Tell(path, QELVARDOSReplacement::Failed, error);
     lastFailure_ = path;
   } else {
-    staged_.push_back({path, std::move(temporary)});
+    staged_.push_back({path, std::move(temporary), std::hash<std::string>()(path)});
   }
   return error;
 }
@@ -346,6 +367,7 @@ void QELVARDOSFileTransaction::Refuse(const std::string& path, const std::error_
 }
 
 std::vector<QELVARDOSFileTransaction::Failure> QELVARDOSFileTransaction::Commit() {
+  const bool mayRepeat = MayRepeat(staged_);
   std::vector<Fate> fates;
   fates.reserve(staged_.size());
   for (Staged& staged : std::exchange(staged_, {})) {
@@ -353,7 +375,9 @@ std::vector<QELVARDOSFileTransaction::Failure> QELVARDOSFileTransaction::Commit(
         staged.temporary.empty() ? QELVARDOSReplacement::AlreadyTheSame : QELVARDOSReplacement::Written;
     fates.push_back({std::move(staged.path), std::move(staged.temporary), outcome, {}});
   }
-  DropSuperseded(fates);
+  if (mayRepeat) {
+    DropSuperseded(fates);
+  }
   MakeDurable(fates);
   RenameAll(fates);
   RemoveLeftOvers(fates);

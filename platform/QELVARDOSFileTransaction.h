@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -47,6 +48,7 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   struct Staged {
     std::string path;
     std::string temporary;
+    std::size_t hash;  ///< of the path
   };
   void Abandon();
 
