@@ -28,6 +28,12 @@ HRESULT ZYMIDOMElement::appendTextElement(const ZYMUnicodeString& /*name*/, cons
   return E_NOTIMPL;
 }
 
+HRESULT ZYMIXMLDOMDocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString& /*rootName*/,
+                                                          ZYMIDOMDocument_var& /*document*/,
+                                                          ZYMIDOMElement_var& /*root*/) {
+  return E_NOTIMPL;
+}
+
 HRESULT ZYMIXMLDOMDocumentBuilder::Serialize(const ZYMIDOMNode_var& /*node*/,
                                              const std::function<bool(std::string_view)>& /*sink*/) {
   return E_NOTIMPL;

@@ -114,6 +114,9 @@ class ZYM_EXPORT ZYMIXMLDOMDocumentBuilder : public ZYMBaseUnknown {
   /// forbids, a name that is none) and a file that cannot be written: E_FAIL, LastError tells why.
   virtual HRESULT Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path,
                         const ZYMUnicodeStringList& optionNames, const ZYMUnicodeStringList& optionValues) = 0;
+  /// A short cut: a document with a root element of that name. A builder that does not offer it answers E_NOTIMPL.
+  virtual HRESULT CreateDocumentWithRoot(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
+                                         ZYMIDOMElement_var& root);
   /// The text that Write would write, handed to sink piece by piece until it answers false. A builder that cannot tell
   /// answers E_NOTIMPL.
   virtual HRESULT Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string_view)>& sink);

@@ -129,9 +129,14 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
 HRESULT QELXVARDOSLRDObject::CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                             ZYMIDOMElement_var& root) {
   ZYMIXMLDOMDocumentBuilder_var builder;
+  if (const HRESULT status = CreateZYMIXMLDOMDocumentBuilder(builder, XML4C); FAILED(status)) {
+    return status;
+  }
+  if (const HRESULT status = builder->CreateDocumentWithRoot(rootName, document, root); status != E_NOTIMPL) {
+    return status;
+  }
   ZYMIDOMNode_var appended;
-  return UntilFailure([&] { return CreateZYMIXMLDOMDocumentBuilder(builder, XML4C); },
-                      [&] { return builder->CreateDocument(document); },
+  return UntilFailure([&] { return builder->CreateDocument(document); },
                       [&] { return document->createElement(rootName, root); },
                       [&] { return document->appendChild(root, appended); });
 }

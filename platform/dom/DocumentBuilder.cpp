@@ -41,6 +41,17 @@ HRESULT DocumentBuilder::CreateDocument(ZYMIDOMDocument_var& document) {
   return S_OK;
 }
 
+HRESULT DocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
+                                                ZYMIDOMElement_var& root) {
+  if (rootName.View().find('\0') != std::string_view::npos) {
+    return E_FAIL;
+  }
+  auto storage = std::make_unique<DomStorage>();
+  storage->Document().append_child(rootName.CStr());
+  document = DomDocument::Of(std::move(storage));
+  return document->getDocumentElement(root);
+}
+
 HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& /*optionNames*/,
                                const ZYMUnicodeStringList& /*optionValues*/, ZYMIDOMDocument_var& document) {
   std::string bytes;

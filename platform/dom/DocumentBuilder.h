@@ -16,6 +16,8 @@ class DocumentBuilder final : public ZYMIXMLDOMDocumentBuilder {
 
  public:
   HRESULT CreateDocument(ZYMIDOMDocument_var& document) override;
+  HRESULT CreateDocumentWithRoot(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
+                                 ZYMIDOMElement_var& root) override;
   HRESULT Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
                 const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) override;
   HRESULT Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
