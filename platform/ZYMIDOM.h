@@ -59,7 +59,7 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
   virtual HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) = 0;
 
   /// Short cuts for what is done most, with the effect of the operations above. A tree offers all of them or answers
-  /// E_NOTIMPL, and the long way is taken.
+  /// E_NOTIMPL, and the long way is taken. One that offers them never fails to read an attribute.
   ///
   /// Whether getElementsByTagName has a first item and, if that has a first child, the child's value.
   virtual HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text);

@@ -87,6 +87,13 @@ void WriteBack(const ZYMIDOMElement_var& object, const Asked& asked, const Found
   }
 }
 
+/// The status that making the map would end with. Only a tree that may fail to read an attribute need be asked.
+HRESULT StatusOfCadIds(const ZYMIDOMElement_var& list) {
+  ZYMIDOMElement_var first;
+  const bool neverFails = list->getFirstElement({}, first) != E_NOTIMPL;
+  return neverFails ? S_OK : ForEachCadId(list, [](const auto&, const auto&) {});
+}
+
 }  // namespace
 
 // What is written into an object that was looked up among the records.
@@ -131,7 +138,7 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
   // is made when the first composition is looked up in it, which most requests never come to.
   ZYMIDOMNode_varZYMUnicodeStringDico nodeMap;
   const bool mapped = Trace.IsOn();
-  status = mapped ? getCadidObjectNodeMap(list, nodeMap) : ForEachCadId(list, [](const auto&, const auto&) {});
+  status = mapped ? getCadidObjectNodeMap(list, nodeMap) : StatusOfCadIds(list);
   Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
   Trace.Write(" Number of cadobjlist child nodes = ", SUCCEEDED(status) ? count : 0);
   ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(element);
