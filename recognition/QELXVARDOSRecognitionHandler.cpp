@@ -128,19 +128,15 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
   if (FAILED(status) || list.IsNull()) {
     return step.Return(status);
   }
-  ZYMIDOMNodeList_var children;
-  int count = 0;
-  list->getChildNodes(children);
-  if (children) {
-    children->getLength(count);
-  }
   // The map of the objects is most of what recognition would need memory for. A trace is to tell its size; otherwise it
   // is made when the first composition is looked up in it, which most requests never come to.
   ZYMIDOMNode_varZYMUnicodeStringDico nodeMap;
   const bool mapped = Trace.IsOn();
   status = mapped ? getCadidObjectNodeMap(list, nodeMap) : StatusOfCadIds(list);
-  Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
-  Trace.Write(" Number of cadobjlist child nodes = ", SUCCEEDED(status) ? count : 0);
+  if (mapped) {
+    Trace.Write(" Size of CADId XML Node Map = ", nodeMap.Size());
+    Trace.Write(" Number of cadobjlist child nodes = ", SUCCEEDED(status) ? ChildCount(list) : 0);
+  }
   ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(element);
 
   if (SUCCEEDED(status)) {

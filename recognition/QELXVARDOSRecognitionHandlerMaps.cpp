@@ -24,8 +24,7 @@ using Paths = QELXVARDOSLRDFactory::Paths;
 
 void Put(const Paths& found, ZYMUnicodeStringZYMUnicodeStringDico& paths) {
   paths.RemoveAll();
-  paths.Insert(Word::ObjectFile, found.objectFile.ToString());
-  paths.Insert(Word::LRDFile, found.recordFile);
+  found.PutInto(paths);
 }
 
 /// The records that a tree carries, by CAD id; none when no handler serves it.

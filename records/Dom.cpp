@@ -34,6 +34,16 @@ bool TakeTextOfFirst(const ZYMIDOMElement_var& element, const ZYMUnicodeString& 
   return static_cast<bool>(first);
 }
 
+int ChildCount(const ZYMIDOMNode_var& node) {
+  ZYMIDOMNodeList_var children;
+  int count = 0;
+  node->getChildNodes(children);
+  if (children) {
+    children->getLength(count);
+  }
+  return count;
+}
+
 ZYMUnicodeString NodeName(const ZYMIDOMNode_var& node) {
   ZYMUnicodeString name;
   node->getNodeName(name);

@@ -14,6 +14,9 @@ ZYMIDOMElement_var FirstElement(const ZYMIDOMElement_var& element, const ZYMUnic
 bool TakeTextOfFirst(const ZYMIDOMElement_var& element, const ZYMUnicodeString& name, ZYMUnicodeString& text);
 ZYMUnicodeString NodeName(const ZYMIDOMNode_var& node);
 
+/// Elements or not.
+int ChildCount(const ZYMIDOMNode_var& node);
+
 /// Calls visit with each child of node, in document order, until it answers false.
 template <typename Visit>
 void ForEachChild(const ZYMIDOMNode_var& node, const Visit& visit) {

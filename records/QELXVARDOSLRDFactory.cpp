@@ -250,10 +250,13 @@ QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsOf(const ZYMUnicodeString
 
 HRESULT QELXVARDOSLRDFactory::GetObjectFileLRDFile(const ZYMUnicodeString& cadName, const ZYMIDOMNode_var& cadobject,
                                                    ZYMUnicodeStringZYMUnicodeStringDico& paths) {
-  const Paths found = PathsOf(cadName, cadobject);
-  paths.Insert(Word::ObjectFile, found.objectFile.ToString());
-  paths.Insert(Word::LRDFile, found.recordFile);
+  PathsOf(cadName, cadobject).PutInto(paths);
   return S_OK;
+}
+
+void QELXVARDOSLRDFactory::Paths::PutInto(ZYMUnicodeStringZYMUnicodeStringDico& paths) const {
+  paths.Insert(Word::ObjectFile, objectFile.ToString());
+  paths.Insert(Word::LRDFile, recordFile);
 }
 
 HRESULT QELXVARDOSLRDFactory::SetLRDFile(const QELIVARDOSGlobalConfigObject_var& config,

@@ -39,6 +39,9 @@ class QELXVARDOSLRDFactory {
 
   /// What GetObjectFileLRDFile puts into its dictionary, for callers that need no dictionary.
   struct Paths {
+    /// Under the keys of the dictionary; others in it stay.
+    void PutInto(ZYMUnicodeStringZYMUnicodeStringDico& paths) const;
+
     QELVARDOSPath objectFile;
     ZYMUnicodeString recordFile;
   };
