@@ -1,6 +1,7 @@
 #pragma once
 
 #include "component/QELXIVARDOSLRDObject_varZYMUnicodeStringDico.h"
+#include "component/QELXIVARDOSObserver.h"
 #include "platform/ZYMIDOM.h"
 
 /// Reads record files and turns the trees of commands and server responses into records.
@@ -18,6 +19,9 @@ class ZYM_EXPORT QELXIVARDOSLRDXMLHandler : public ZYMBaseUnknown {
                                     const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) = 0;
   /// Fills records, by CAD id, from the tree, linked into their structure where the command has one.
   virtual HRESULT GetLRDObjects(const ZYMIDOMNode_var& root, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) = 0;
+
+  /// Whom to tell of what the handler meets from now on; null: nobody.
+  virtual void SetObserver(QELXIVARDOSObserver* /*observer*/) {}
 };
 
 using QELXIVARDOSLRDXMLHandler_var = ZYMHandle<QELXIVARDOSLRDXMLHandler>;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "component/QELXIVARDOSLRDObject_varZYMUnicodeStringDico.h"
+#include "component/QELXIVARDOSObserver.h"
 #include "platform/ZYMIDOM.h"
 #include "platform/ZYMUnicodeStringList.h"
 #include "platform/ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico.h"
@@ -16,7 +17,9 @@ class ZYM_EXPORT QELXIVARDOSRecognitionHandler : public ZYMBaseUnknown {
  public:
   /// Writes the verdict ("status": "EXISTS", "MODIFIED" or "UNKNOWN"), the remembered stamps and the format version
   /// into every object of the request. lrdMap receives the records that the request itself carries, by CAD id. A record
-  /// file that does not parse ends the call with E_FAIL; what was decided before stands. Changes nothing on disk.
+  /// file that does not parse ends the call with E_FAIL; what was decided before stands. So does a place that could not
+  /// be looked at where that might change the verdict: the object gets an empty "status", and
+  /// QELVARDOSSystemUtils::LastError() names the place and the reason. Changes nothing on disk.
   virtual HRESULT Recognize(const ZYMIDOMNode_var& request, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap) = 0;
   /// The records that the request carries, by CAD id; objects without a file of their own are left out.
   virtual HRESULT GetLRDMap(const ZYMIDOMNode_var& request, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap) = 0;
@@ -54,6 +57,9 @@ class ZYM_EXPORT QELXIVARDOSRecognitionHandler : public ZYMBaseUnknown {
   /// Puts the paths that the objects name into the records.
   virtual HRESULT UpdateLRDObjects(const ZYMIDOMNode_var& root,
                                    const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) = 0;
+
+  /// Whom to tell of what the handler meets from now on; null: nobody.
+  virtual void SetObserver(QELXIVARDOSObserver* /*observer*/) {}
 };
 
 using QELXIVARDOSRecognitionHandler_var = ZYMHandle<QELXIVARDOSRecognitionHandler>;

@@ -54,13 +54,13 @@ class MemoryFiles : public QELVARDOSFileLayer {
     QELVARDOSFileFacts facts;
     const std::string path = Plain(name);
     if (const auto file = files_.find(path); file != files_.end()) {
-      facts = {QELVARDOSFileFacts::Kind::File, file->second.modified, file->second.bytes.size(), 0644};
+      facts = {QELVARDOSFileFacts::Kind::File, file->second.modified, file->second.bytes.size(), {}};
     } else if (!name.empty() && IsFolder(path)) {
-      facts = {QELVARDOSFileFacts::Kind::Folder, Now, 0, 0755};
+      facts = {QELVARDOSFileFacts::Kind::Folder, Now, 0, {}};
     }
     return facts;
   }
-  std::error_code Read(const std::string& name, std::string& bytes) override {
+  std::error_code Read(const std::string& name, std::string& bytes, std::uint64_t /*atMost*/) override {
     const auto file = files_.find(Plain(name));
     if (file == files_.end()) {
       return Error(std::errc::no_such_file_or_directory);
@@ -90,7 +90,7 @@ class MemoryFiles : public QELVARDOSFileLayer {
     changedFolders_.insert(Plain(name));
     return {};
   }
-  std::error_code WriteNew(const std::string& name, std::string_view bytes, std::uint32_t /*mode*/) override {
+  std::error_code WriteNew(const std::string& name, std::string_view bytes, const std::string& /*like*/) override {
     const std::string path = Plain(name);
     if (const std::error_code error = RefusalOf(path)) {
       return error;
@@ -99,7 +99,12 @@ class MemoryFiles : public QELVARDOSFileLayer {
     changedFiles_.insert(path);
     return {};
   }
-  std::error_code MakeDurable(const std::vector<std::string>& /*paths*/) override { return {}; }
+  std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) override {
+    return std::vector<std::error_code>(paths.size());
+  }
+  std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) override {
+    return std::vector<std::error_code>(folders.size());
+  }
   std::error_code Rename(const std::string& from, const std::string& to) override {
     const std::string target = Plain(to);
     if (IsFolder(target)) {

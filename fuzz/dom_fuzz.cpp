@@ -16,7 +16,7 @@ class MemoryFile : public QELVARDOSFileLayerFilter {
  public:
   MemoryFile() : QELVARDOSFileLayerFilter(System()) { Use(this); }
   ~MemoryFile() override { Use(nullptr); }
-  std::error_code Read(const std::string& /*path*/, std::string& bytes) override {
+  std::error_code Read(const std::string& /*path*/, std::string& bytes, std::uint64_t /*atMost*/) override {
     bytes = text;
     return {};
   }

@@ -65,7 +65,8 @@ class Reader {
     records.Append(record);
     handler_->WriteToFile(records);
     std::string bytes;
-    Require(!QELVARDOSFileLayer::Current().Read(path, bytes), "a record that was read cannot be written");
+    Require(!QELVARDOSFileLayer::Current().Read(path, bytes, QELVARDOSFileLayer::AnySize),
+            "a record that was read cannot be written");
     return bytes;
   }
 

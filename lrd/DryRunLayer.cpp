@@ -29,12 +29,12 @@ QELVARDOSFileFacts DryRunLayer::Stat(const std::string& path) {
   return facts;
 }
 
-std::error_code DryRunLayer::Read(const std::string& path, std::string& bytes) {
+std::error_code DryRunLayer::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
   if (const auto file = files_.find(path); file != files_.end()) {
     bytes = file->second;
-    return {};
+    return bytes.size() > atMost ? Refusal(std::errc::file_too_large) : std::error_code();
   }
-  return removed_.contains(path) ? Refusal(std::errc::no_such_file_or_directory) : Next().Read(path, bytes);
+  return removed_.contains(path) ? Refusal(std::errc::no_such_file_or_directory) : Next().Read(path, bytes, atMost);
 }
 
 std::error_code DryRunLayer::List(const std::string& folder, std::vector<std::string>& names) {
@@ -64,7 +64,12 @@ std::error_code DryRunLayer::HideFolder(const std::string& path) {
   return Stat(path).Exists() ? std::error_code() : Refusal(std::errc::no_such_file_or_directory);
 }
 
-std::error_code DryRunLayer::WriteNew(const std::string& path, std::string_view bytes, std::uint32_t) {
+/// Nothing is left in the folder that could be removed.
+std::error_code DryRunLayer::ClaimFolder(const std::string&, QELVARDOSFolderUse, QELVARDOSFolderClaim&) {
+  return Refusal(std::errc::not_supported);
+}
+
+std::error_code DryRunLayer::WriteNew(const std::string& path, std::string_view bytes, const std::string&) {
   if (Stat(path).Exists()) {
     return Refusal(std::errc::file_exists);
   }
@@ -75,14 +80,20 @@ std::error_code DryRunLayer::WriteNew(const std::string& path, std::string_view 
   return refusal;
 }
 
-std::error_code DryRunLayer::MakeDurable(const std::vector<std::string>&) { return {}; }
+std::vector<std::error_code> DryRunLayer::MakeDurable(const std::vector<std::string>& paths) {
+  return std::vector<std::error_code>(paths.size());
+}
+
+std::vector<std::error_code> DryRunLayer::MakeFoldersDurable(const std::vector<std::string>& folders) {
+  return std::vector<std::error_code>(folders.size());
+}
 
 std::error_code DryRunLayer::Rename(const std::string& from, const std::string& to) {
   if (Stat(to).kind == QELVARDOSFileFacts::Kind::Folder) {
     return Refusal(std::errc::is_a_directory);
   }
   std::string bytes;
-  if (const std::error_code refusal = Read(from, bytes)) {
+  if (const std::error_code refusal = Read(from, bytes, AnySize)) {
     return refusal;
   }
   if (const std::error_code refusal = RefusalInFolderOf(to)) {

@@ -7,9 +7,9 @@ FileWatch::FileWatch(QELVARDOSFileLayer& watched)
 
 FileWatch::~FileWatch() { QELVARDOSFileLayer::Use(before_); }
 
-std::error_code FileWatch::Read(const std::string& path, std::string& bytes) {
+std::error_code FileWatch::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
   lastRead_ = path;
-  return QELVARDOSFileLayerFilter::Read(path, bytes);
+  return QELVARDOSFileLayerFilter::Read(path, bytes, atMost);
 }
 
 void FileWatch::Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) {

@@ -14,7 +14,7 @@ class FileWatch : public QELVARDOSFileLayerFilter {
   explicit FileWatch(QELVARDOSFileLayer& watched = QELVARDOSFileLayer::System());
   ~FileWatch() override;
 
-  std::error_code Read(const std::string& path, std::string& bytes) override;
+  std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override;
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override;
 
   /// The file that was read last; empty before the first.

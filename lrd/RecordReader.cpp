@@ -28,7 +28,7 @@ std::string WithoutFile(const std::string& message, const std::string& file) {
 
 RecordReading ExplainFailure(const std::string& file) {
   std::string bytes;
-  if (const std::error_code error = QELVARDOSFileLayer::Current().Read(file, bytes)) {
+  if (const std::error_code error = QELVARDOSFileLayer::Current().Read(file, bytes, QELVARDOSFileLayer::AnySize)) {
     return {nullptr, RecordFault::Unreadable, error.message()};
   }
   if (TryParse(file).IsNull()) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "platform/ZYMHandle.h"
 #include "platform/ZYMUnicodeString.h"
 
@@ -16,6 +18,10 @@ class ZYM_EXPORT QELIVARDOSGlobalConfigObject : public ZYMBaseUnknown {
   virtual bool IsTypeInCategory(const ZYMUnicodeString& type, const ZYMUnicodeString& category) = 0;
   /// Whether a relationship type belongs to a relationship class, for example "REL_BREP_LIKE".
   virtual bool IsRelTypeInCategory(const ZYMUnicodeString& type, const ZYMUnicodeString& category) = 0;
+
+  static constexpr std::uint64_t UsualLargestRecordFile = std::uint64_t{512} << 20U;
+  /// In bytes. A larger record file counts as one that does not parse, and none that is larger is written.
+  virtual std::uint64_t GetLargestRecordFile() { return UsualLargestRecordFile; }
 };
 
 using QELIVARDOSGlobalConfigObject_var = ZYMHandle<QELIVARDOSGlobalConfigObject>;

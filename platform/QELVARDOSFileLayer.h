@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -10,35 +12,55 @@
 
 /// What is known of a path. Symbolic links are followed.
 struct QELVARDOSFileFacts {
-  enum class Kind { Missing, File, Folder, Other };
+  /// Unseen: the system did not let us look, so whether anything is there is not known.
+  enum class Kind { Missing, File, Folder, Other, Unseen };
 
   Kind kind = Kind::Missing;
-  /// Whole seconds since 1970-01-01 UTC, rounded down; 0 for what is missing.
+  /// Whole seconds since 1970-01-01 UTC, rounded down; 0 for what is missing or unseen.
   std::int64_t modified = 0;
   std::uint64_t size = 0;
-  /// The permission bits.
-  std::uint32_t mode = 0;
+  /// Why nothing is known; set for Unseen alone.
+  std::error_code error;
 
-  bool Exists() const noexcept { return kind != Kind::Missing; }
+  bool Exists() const noexcept { return kind != Kind::Missing && kind != Kind::Unseen; }
 };
 
 /// What became of a file that was to be replaced.
 enum class QELVARDOSReplacement { Written, AlreadyTheSame, Failed };
 
+/// What a folder is held for: to write in it, beside any number of others, or to remove what writers left in it, alone.
+enum class QELVARDOSFolderUse { Write, Clean };
+
+/// A folder that is held. It is given back with the last copy, at the latest when the process ends; null holds nothing.
+using QELVARDOSFolderClaim = std::shared_ptr<const void>;
+
 /// The one way to the disk: everything that the module reads, writes or asks of the file system goes through the layer
 /// in use. A test puts its own in front to fail, stop or record it; a host to run dry. Paths are UTF-8; the empty path
 /// does not exist. An error code that is false means success.
+///
+/// What an error says of the place itself is told by MeansMissing: nothing is there, or it could not be looked at. The
+/// two must not be mixed up, as a record that is not seen would make its object new to the server.
 class ZYM_EXPORT QELVARDOSFileLayer {
  public:
+  static constexpr std::uint64_t AnySize = std::numeric_limits<std::uint64_t>::max();
+
   QELVARDOSFileLayer() = default;
   QELVARDOSFileLayer(const QELVARDOSFileLayer&) = delete;
   QELVARDOSFileLayer& operator=(const QELVARDOSFileLayer&) = delete;
   virtual ~QELVARDOSFileLayer();
 
+  /// Whether an error that looking at path ended with says that nothing is there: a name on the way is missing or no
+  /// folder, or one name is longer than any can be. After any other error the place could not be looked at.
+  static bool MeansMissing(const std::error_code& error, std::string_view path) noexcept;
+
+  /// Missing and Unseen are told apart as by MeansMissing.
   virtual QELVARDOSFileFacts Stat(const std::string& path) = 0;
-  /// bytes receives the whole file; after an error its content is unspecified.
-  virtual std::error_code Read(const std::string& path, std::string& bytes) = 0;
-  /// The names in a folder without "." and "..", in no order.
+  /// bytes receives the whole file; after an error its content is unspecified. file_too_large: it holds more than
+  /// atMost bytes, and is not read. is_a_directory, not_supported: it is there, but no file. Any other error is one for
+  /// MeansMissing.
+  virtual std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) = 0;
+  /// The names in a folder without "." and "..", in no order. An error is one for MeansMissing, and names may then hold
+  /// some of them.
   virtual std::error_code List(const std::string& folder, std::vector<std::string>& names) = 0;
 
   /// Between the two calls many files are looked up by Stat and Read, and the layer may keep folders open to find them
@@ -47,20 +69,32 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   virtual void BeginLookups();
   virtual void EndLookups();
 
-  /// One level; a folder that exists is an error.
+  /// One level; a folder that exists is an error: file_exists.
   virtual std::error_code MakeFolder(const std::string& path) = 0;
   virtual std::error_code HideFolder(const std::string& path) = 0;
-  /// Creates a file that must not exist yet, with these bytes; it need not be durable yet. mode: its permission bits; 0
-  /// for those of a plainly created file. After an error no file is left.
-  virtual std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) = 0;
-  /// Returns when the content of all these files would survive a loss of power. A file that is gone is passed over.
-  virtual std::error_code MakeDurable(const std::vector<std::string>& paths) = 0;
+  /// Holds a folder as a writer, or alone. device_or_resource_busy: others hold it in a way that does not go with this.
+  /// QELVARDOSFileError::ForeignLink: nothing is to be written there. After any other error it is held by nobody,
+  /// since the folder cannot be opened or its file system is none on which a claim is seen by all who may write there.
+  /// Here: not_supported.
+  virtual std::error_code ClaimFolder(const std::string& folder, QELVARDOSFolderUse use, QELVARDOSFolderClaim& claim);
+  /// Creates a file that must not exist yet (file_exists), with these bytes, never through a link; it need not be
+  /// durable yet. like: a file whose owner, group, mode and extended attributes it gets as far as the process may set
+  /// them, and than which it is never more open; empty: as a plainly created file. OwnerWouldLoseAccess: the owner of
+  /// like could not read it. After an error no file is left.
+  virtual std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) = 0;
+  /// Returns when the content of these files would survive a loss of power: an answer for each, in their order. A file
+  /// that is gone is passed over.
+  virtual std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) = 0;
+  /// The same for what the folders list: which names are there and which files they mean. "" is the working folder.
+  virtual std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) = 0;
   /// Replaces to, if it exists, in one step.
   virtual std::error_code Rename(const std::string& from, const std::string& to) = 0;
+  /// A file, a link or an empty folder.
   virtual std::error_code Remove(const std::string& path) = 0;
 
   /// Told once for every file that a QELVARDOSFileTransaction was to replace, when its fate is settled. error is set
-  /// for Failed alone. Does nothing here.
+  /// for Failed alone; QELVARDOSSystemUtils::LastError() then tells path and reason. Written and AlreadyTheSame mean
+  /// that the file would survive a loss of power. Does nothing here.
   virtual void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error);
 
   /// The layer in use: the system's own unless a host has put another there.
@@ -89,7 +123,9 @@ class ZYM_EXPORT QELVARDOSFileLayerFilter : public QELVARDOSFileLayer {
   explicit QELVARDOSFileLayerFilter(QELVARDOSFileLayer& next) : next_(next) {}
 
   QELVARDOSFileFacts Stat(const std::string& path) override { return next_.Stat(path); }
-  std::error_code Read(const std::string& path, std::string& bytes) override { return next_.Read(path, bytes); }
+  std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
+    return next_.Read(path, bytes, atMost);
+  }
   std::error_code List(const std::string& folder, std::vector<std::string>& names) override {
     return next_.List(folder, names);
   }
@@ -97,10 +133,18 @@ class ZYM_EXPORT QELVARDOSFileLayerFilter : public QELVARDOSFileLayer {
   void EndLookups() override { next_.EndLookups(); }
   std::error_code MakeFolder(const std::string& path) override { return next_.MakeFolder(path); }
   std::error_code HideFolder(const std::string& path) override { return next_.HideFolder(path); }
-  std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override {
-    return next_.WriteNew(path, bytes, mode);
+  std::error_code ClaimFolder(const std::string& folder, QELVARDOSFolderUse use, QELVARDOSFolderClaim& claim) override {
+    return next_.ClaimFolder(folder, use, claim);
   }
-  std::error_code MakeDurable(const std::vector<std::string>& paths) override { return next_.MakeDurable(paths); }
+  std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) override {
+    return next_.WriteNew(path, bytes, like);
+  }
+  std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) override {
+    return next_.MakeDurable(paths);
+  }
+  std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) override {
+    return next_.MakeFoldersDurable(folders);
+  }
   std::error_code Rename(const std::string& from, const std::string& to) override { return next_.Rename(from, to); }
   std::error_code Remove(const std::string& path) override { return next_.Remove(path); }
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {

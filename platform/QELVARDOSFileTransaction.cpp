@@ -1,419 +1,335 @@
 #include "platform/QELVARDOSFileTransaction.h"
 
-#include <array>
-#include <bit>
-#include <charconv>
-#include <chrono>
-#include <functional>
-#include <mutex>
-#include <optional>
+#include <algorithm>
+#include <iterator>
+#include <numeric>
 #include <random>
-#include <stdexcept>
-#include <unordered_map>
-#include <unordered_set>
+#include <set>
 #include <utility>
 
-#include "platform/QELVARDOSFileLayer.h"
-#include "platform/QELVARDOSProcess.h"
+#include "platform/QELVARDOSFileError.h"
 #include "platform/QELVARDOSSystemUtils.h"
 
 namespace {
 
-/// What the name of a temporary file tells. It is of one length whatever the target's name is, since that may use all
-/// that the file system allows, and it tells enough for any process to know whether anybody still needs the file.
-struct TemporaryName {
-  std::uint64_t target = 0;  ///< hash of the name of the file to be replaced
-  std::uint64_t host = 0;    ///< hash of the machine's name: elsewhere the process number means nothing
-  std::uint64_t process = 0;
-  std::uint64_t transaction = 0;
-  std::uint64_t number = 0;  ///< tells files of one transaction apart
-};
-
-struct NamePart {
-  std::uint64_t TemporaryName::*value;
-  std::size_t digits;
-};
-
 constexpr std::string_view TemporaryPrefix = ".~";
 constexpr std::string_view HexDigits = "0123456789abcdef";
-constexpr std::size_t TransactionDigits = 6;
-constexpr std::array<NamePart, 5> NameParts = {{{&TemporaryName::target, 10},
-                                                {&TemporaryName::host, 4},
-                                                {&TemporaryName::process, 6},
-                                                {&TemporaryName::transaction, TransactionDigits},
-                                                {&TemporaryName::number, 4}}};
 constexpr std::size_t TemporaryLength = 32;
+constexpr std::size_t NumberDigits = 8;
+/// The digit behind the prefix.
+constexpr char Claimed = '1';
+constexpr char Unclaimed = '0';
 
-constexpr std::uint64_t Lowest(std::uint64_t value, std::size_t digits) {
-  return value & ((std::uint64_t{1} << (4 * digits)) - 1);
+void AppendHex(std::string& text, std::uint32_t value, std::size_t digits) {
+  for (std::size_t left = digits; left > 0; --left) {
+    text += HexDigits[(value >> (4 * (left - 1))) & 0xFU];
+  }
 }
 
-std::string Format(const TemporaryName& name) {
-  std::string text(TemporaryPrefix);
-  for (const auto& [value, digits] : NameParts) {
-    for (std::size_t left = digits; left > 0; --left) {
-      text += HexDigits[(name.*value >> (4 * (left - 1))) & 0xF];
-    }
+/// The digits of a name that chance alone keeps from being another's.
+std::string RandomStart() {
+  constexpr std::size_t Digits = TemporaryLength - TemporaryPrefix.size() - 1 - NumberDigits;
+  std::random_device random;
+  std::string text;
+  while (text.size() < Digits) {
+    AppendHex(text, random(), 8);
   }
+  text.resize(Digits);
   return text;
 }
 
-std::optional<TemporaryName> Parse(std::string_view text) {
-  if (!QELVARDOSFileTransaction::IsTemporaryName(text)) {
-    return std::nullopt;
-  }
-  TemporaryName name;
-  text.remove_prefix(TemporaryPrefix.size());
-  for (const auto& [value, digits] : NameParts) {
-    std::from_chars(text.data(), text.data() + digits, name.*value, 16);
-    text.remove_prefix(digits);
-  }
-  return name;
+/// Of "a/b" it is "a", of "/b" it is "/", of "b" nothing: the working folder.
+std::string_view FolderOf(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string_view::npos ? std::string_view() : path.substr(0, std::max<std::size_t>(slash, 1));
 }
 
-/// FNV-1a: names outlive the program, so their hashes may not depend on how it was built.
-std::uint64_t HashOf(std::string_view text, std::size_t digits) {
-  std::uint64_t hash = 0xcbf29ce484222325U;
-  for (const char c : text) {
-    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-  }
-  return Lowest(hash ^ (hash >> 32U), digits);
+std::string Beside(std::string_view path, const std::string& name) {
+  return std::string(path.substr(0, path.rfind('/') + 1)) + name;
 }
 
-/// The path up to and with its last "/"; empty when there is none.
-std::string_view FolderPart(std::string_view path) { return path.substr(0, path.rfind('/') + 1); }
-
-std::uint64_t TargetHash(std::string_view path) { return HashOf(path.substr(FolderPart(path).size()), 10); }
-
-std::string Beside(std::string_view folderPart, const std::string& name) { return std::string(folderPart) + name; }
-
-/// The transactions that are open in this process, on whatever thread, by the number in the names of their files.
-class OpenTransactions {
- public:
-  std::uint64_t Add() {
-    std::random_device random;
-    const std::lock_guard lock(mutex_);
-    std::uint64_t number = 0;
-    do {
-      number = Lowest(random(), TransactionDigits);
-    } while (!numbers_.insert(number).second);
-    return number;
-  }
-  void Remove(std::uint64_t number) {
-    const std::lock_guard lock(mutex_);
-    numbers_.erase(number);
-  }
-  bool Has(std::uint64_t number) {
-    const std::lock_guard lock(mutex_);
-    return numbers_.contains(number);
-  }
-
- private:
-  std::mutex mutex_;
-  std::unordered_set<std::uint64_t> numbers_;
-};
-
-OpenTransactions& OpenInProcess() {
-  static OpenTransactions transactions;
-  return transactions;
-}
-
-/// The transaction that is open on this thread, and what it keeps besides its files.
-struct OpenTransaction {
-  QELVARDOSFileTransaction* transaction = nullptr;
-  QELVARDOSFileLayer* layer = nullptr;
-  TemporaryName nextName;
-  std::string present;  ///< the file that is being compared; its room serves the next
-};
-
-thread_local OpenTransaction current;
-
-TemporaryName FirstName() {
-  TemporaryName name;
-  name.host = HashOf(QELVARDOSProcess::HostName(), 4);
-  name.process = Lowest(QELVARDOSProcess::Id(), 6);
-  name.transaction = OpenInProcess().Add();
-  return name;
-}
-
-std::string NextName(const std::string& path) {
-  current.nextName.target = TargetHash(path);
-  ++current.nextName.number;
-  return Format(current.nextName);
-}
-
-bool IsOlderThanADay(const std::string& path) {
-  using namespace std::chrono;
-  const auto now = duration_cast<seconds>(system_clock::now().time_since_epoch()).count();
-  return current.layer->Stat(path).modified < now - seconds(24h).count();
-}
-
-/// Whether nobody will rename the file any more. The number of a process that stopped may since have been given to
-/// another, even to this one; then the transaction's number or at last the file's age tells.
-bool IsLeftOver(const TemporaryName& name, const std::string& path) {
-  const TemporaryName& own = current.nextName;
-  if (name.host == own.host && name.process == own.process) {
-    return !OpenInProcess().Has(name.transaction);
-  }
-  if (name.host == own.host && !QELVARDOSProcess::Lives(static_cast<std::uint32_t>(name.process))) {
-    return true;
-  }
-  return IsOlderThanADay(path);
-}
-
-/// What becomes of one file in a commit.
-struct Fate {
-  std::string path;
-  /// Empty when the file held the bytes already.
-  std::string temporary;
-  QELVARDOSReplacement outcome;
-  std::error_code error;
-};
-
-void Fail(Fate& fate, const std::error_code& error) {
-  fate.outcome = QELVARDOSReplacement::Failed;
-  fate.error = error;
-  current.layer->Remove(fate.temporary);
-}
-
-/// Of equal paths the last stays, even where it was found to be on the disk already.
-void DropSuperseded(std::vector<Fate>& fates) {
-  std::unordered_set<std::string_view> seen(fates.size());
-  for (std::size_t at = fates.size(); at-- > 0;) {
-    Fate& fate = fates[at];
-    if (!seen.insert(fate.path).second) {
-      if (!fate.temporary.empty()) {
-        current.layer->Remove(fate.temporary);
-      }
-      fate.path.clear();
-    }
-  }
-  std::erase_if(fates, [](const Fate& fate) { return fate.path.empty(); });
-}
-
-/// Whether two of the files may be one. A table in one piece tells far sooner than one of nodes that no two are.
-template <typename Staged>
-bool MayRepeat(const std::vector<Staged>& staged) {
-  std::vector<std::size_t> hashes(std::bit_ceil(2 * staged.size() + 1));
-  const std::size_t mask = hashes.size() - 1;
-  for (const Staged& file : staged) {
-    const std::size_t hash = file.hash == 0 ? 1 : file.hash;
-    std::size_t at = hash & mask;
-    while (hashes[at] != 0 && hashes[at] != hash) {
-      at = (at + 1) & mask;
-    }
-    if (hashes[at] == hash) {
-      return true;
-    }
-    hashes[at] = hash;
-  }
-  return false;
-}
-
-void MakeDurable(std::vector<Fate>& fates) {
-  std::vector<std::string> temporaries;
-  for (const Fate& fate : fates) {
-    if (!fate.temporary.empty()) {
-      temporaries.push_back(fate.temporary);
-    }
-  }
-  const std::error_code error = temporaries.empty() ? std::error_code() : current.layer->MakeDurable(temporaries);
-  for (Fate& fate : fates) {
-    if (error && !fate.temporary.empty()) {
-      Fail(fate, error);
-    }
-  }
-}
-
-void RenameAll(std::vector<Fate>& fates) {
-  for (Fate& fate : fates) {
-    if (fate.outcome == QELVARDOSReplacement::Written) {
-      if (const std::error_code error = current.layer->Rename(fate.temporary, fate.path)) {
-        Fail(fate, error);
-      }
-    }
-  }
-}
-
-/// The names of the files whose replacement succeeded, by their folders.
-class Targets {
- public:
-  explicit Targets(const std::vector<Fate>& fates) {
-    for (const Fate& fate : fates) {
-      if (fate.outcome != QELVARDOSReplacement::Failed) {
-        hashes_[FolderPart(fate.path)].insert(TargetHash(fate.path));
-      }
-    }
-  }
-  bool Has(std::string_view folderPart, std::uint64_t target) const {
-    const auto found = hashes_.find(folderPart);
-    return found != hashes_.end() && found->second.contains(target);
-  }
-
- private:
-  std::unordered_map<std::string_view, std::unordered_set<std::uint64_t>> hashes_;
-};
-
-/// The folders in which a replacement succeeded, each once.
-std::vector<std::string_view> FoldersOf(const std::vector<Fate>& fates) {
-  std::vector<std::string_view> folders;
-  std::unordered_set<std::string_view> seen;
-  for (const Fate& fate : fates) {
-    const std::string_view folderPart = FolderPart(fate.path);
-    const bool again = !folders.empty() && folders.back() == folderPart;
-    if (fate.outcome != QELVARDOSReplacement::Failed && !again && seen.insert(folderPart).second) {
-      folders.push_back(folderPart);
-    }
-  }
-  return folders;
-}
-
-/// One listing of each folder, however many of its files were replaced. Files that were left over are rare, so it is
-/// then that the targets are looked at.
-void RemoveLeftOvers(const std::vector<Fate>& fates) {
-  std::optional<Targets> targets;
-  for (const std::string_view folderPart : FoldersOf(fates)) {
-    std::vector<std::string> names;
-    current.layer->List(folderPart.empty() ? "." : std::string(folderPart), names);
-    for (const std::string& text : names) {
-      const std::optional<TemporaryName> name = Parse(text);
-      if (name && !targets) {
-        targets.emplace(fates);
-      }
-      if (name && targets->Has(folderPart, name->target) && IsLeftOver(*name, Beside(folderPart, text))) {
-        current.layer->Remove(Beside(folderPart, text));
-      }
-    }
-  }
-}
-
-void Tell(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error = {}) {
-  if (error) {
-    QELVARDOSSystemUtils::SetLastError(path + ": " + error.message());
-  }
-  current.layer->Replaced(path, outcome, error);
+std::string In(const std::string& folder, const std::string& name) {
+  return folder.empty() ? name : folder + (folder.ends_with('/') ? "" : "/") + name;
 }
 
 /// Only a file can be replaced: a rename would put one in the place of a device or a pipe.
-std::error_code Refusal(const std::string& path, const QELVARDOSFileFacts& facts) {
+std::error_code Refusal(const QELVARDOSFileFacts& facts) {
   using Kind = QELVARDOSFileFacts::Kind;
-  if (facts.kind == Kind::Folder) {
-    return std::make_error_code(std::errc::is_a_directory);
+  switch (facts.kind) {
+    case Kind::Folder:
+      return std::make_error_code(std::errc::is_a_directory);
+    case Kind::Other:
+      return std::make_error_code(std::errc::not_supported);
+    default:
+      return facts.error;
   }
-  if (facts.kind == Kind::Other) {
-    return std::make_error_code(std::errc::not_supported);
-  }
-  return path.empty() ? std::make_error_code(std::errc::no_such_file_or_directory) : std::error_code();
-}
-
-/// temporary receives the path of the new file. Of a process that had our number once, files may stand under the first
-/// names that we try.
-std::error_code WriteTemporary(const std::string& path, std::string_view bytes, std::uint32_t mode,
-                               std::string& temporary) {
-  constexpr int Tries = 16;
-  std::error_code error = std::make_error_code(std::errc::file_exists);
-  for (int tried = 0; tried < Tries && error == std::errc::file_exists; ++tried) {
-    temporary = Beside(FolderPart(path), NextName(path));
-    error = current.layer->WriteNew(temporary, bytes, mode);
-  }
-  return error;
-}
-
-/// temporary stays empty when the file holds the bytes already. Reading comes first: records that did not change are
-/// the common case, and it tells at once whether there is a file at all.
-std::error_code Stage(const std::string& path, std::string_view bytes, std::string& temporary) {
-  const std::error_code unreadable = current.layer->Read(path, current.present);
-  if (!unreadable && current.present == bytes) {
-    return {};
-  }
-  const QELVARDOSFileFacts facts = current.layer->Stat(path);
-  if (const std::error_code refusal = Refusal(path, facts)) {
-    return refusal;
-  }
-  return WriteTemporary(path, bytes, facts.mode, temporary);
 }
 
 }  // namespace
 
-QELVARDOSFileTransaction::QELVARDOSFileTransaction() {
-  if (current.transaction != nullptr) {
-    throw std::logic_error("a file transaction is open on this thread already");
-  }
-  current = {this, &QELVARDOSFileLayer::Current(), FirstName(), {}};
-}
+QELVARDOSFileTransaction::QELVARDOSFileTransaction() : layer_(QELVARDOSFileLayer::Current()) {}
 
 QELVARDOSFileTransaction::~QELVARDOSFileTransaction() {
-  Abandon();
-  OpenInProcess().Remove(current.nextName.transaction);
-  current = {};
+  try {
+    Abandon();
+  } catch (...) {
+    // A layer that throws while files are abandoned keeps what it has of them; nothing may leave a destructor.
+    staged_.clear();
+  }
 }
 
 std::error_code QELVARDOSFileTransaction::Replace(const std::string& path, std::string_view bytes) {
   std::string temporary;
   const std::error_code error = Stage(path, bytes, temporary);
   if (error) {
-    Tell(path, QELVARDOSReplacement::Failed, error);
-    lastFailure_ = path;
+    Tell(path, QELVARDOSReplacement::Failed, error, {});
   } else {
-    staged_.push_back({path, std::move(temporary), std::hash<std::string>()(path)});
+    const auto outcome = temporary.empty() ? QELVARDOSReplacement::AlreadyTheSame : QELVARDOSReplacement::Written;
+    staged_.push_back({path, std::move(temporary), outcome, {}});
   }
   return error;
 }
 
-void QELVARDOSFileTransaction::Refuse(const std::string& path, const std::error_code& error) {
-  if (path != lastFailure_) {
-    Tell(path, QELVARDOSReplacement::Failed, error);
+/// temporary stays empty when the file holds the bytes already. Reading comes first: records that did not change are
+/// the common case, and it tells at once whether there is a file at all.
+std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::string_view bytes,
+                                                std::string& temporary) {
+  constexpr std::uint64_t Comparable = std::uint64_t{1} << 20U;
+  const std::error_code unread = layer_.Read(path, present_, std::max<std::uint64_t>(bytes.size(), Comparable));
+  if (!unread && present_ == bytes) {
+    return {};
   }
+  if (unread) {
+    present_.clear();
+  }
+  if (path.empty() || (unread && QELVARDOSFileLayer::MeansMissing(unread, path))) {
+    return WriteTemporary(path, bytes, {}, temporary);
+  }
+  if (const std::error_code refusal = Refusal(layer_.Stat(path))) {
+    return refusal;
+  }
+  return WriteTemporary(path, bytes, path, temporary);
+}
+
+std::error_code QELVARDOSFileTransaction::WriteTemporary(const std::string& path, std::string_view bytes,
+                                                         const std::string& like, std::string& temporary) {
+  if (path.empty()) {
+    return std::make_error_code(std::errc::no_such_file_or_directory);
+  }
+  bool claimed = false;
+  std::error_code error = Enter(FolderOf(path), claimed);
+  if (error) {
+    return error;
+  }
+  do {
+    temporary = Beside(path, NextName(claimed));
+    error = layer_.WriteNew(temporary, bytes, like);
+  } while (error == std::errc::file_exists);
+  return error;
+}
+
+/// A claim may cost an open file, so only so many folders are claimed at a time.
+std::error_code QELVARDOSFileTransaction::Enter(std::string_view folder, bool& claimed) {
+  constexpr std::size_t MostClaims = 128;
+  auto place = claims_.find(folder);
+  if (place == claims_.end()) {
+    QELVARDOSFolderClaim claim;
+    const std::string name(folder);
+    if (layer_.ClaimFolder(name, QELVARDOSFolderUse::Write, claim) == QELVARDOSFileError::ForeignLink) {
+      return QELVARDOSFileError::ForeignLink;
+    }
+    if (claims_.size() >= MostClaims) {
+      claim.reset();
+    }
+    place = claims_.emplace(name, std::move(claim)).first;
+  }
+  claimed = place->second != nullptr;
+  return {};
+}
+
+std::string QELVARDOSFileTransaction::NextName(bool claimed) {
+  if (nameStart_.empty()) {
+    nameStart_ = RandomStart();
+  }
+  std::string name(TemporaryPrefix);
+  name += claimed ? Claimed : Unclaimed;
+  name += nameStart_;
+  AppendHex(name, nameNumber_, NumberDigits);
+  if (++nameNumber_ == 0) {
+    nameStart_ = RandomStart();
+  }
+  return name;
+}
+
+void QELVARDOSFileTransaction::Refuse(const std::string& path, const std::error_code& error,
+                                      const std::string& reason) {
+  Tell(path, QELVARDOSReplacement::Failed, error, reason);
 }
 
 std::vector<QELVARDOSFileTransaction::Failure> QELVARDOSFileTransaction::Commit() {
-  const bool mayRepeat = MayRepeat(staged_);
-  std::vector<Fate> fates;
-  fates.reserve(staged_.size());
-  for (Staged& staged : std::exchange(staged_, {})) {
-    const auto outcome =
-        staged.temporary.empty() ? QELVARDOSReplacement::AlreadyTheSame : QELVARDOSReplacement::Written;
-    fates.push_back({std::move(staged.path), std::move(staged.temporary), outcome, {}});
-  }
-  if (mayRepeat) {
-    DropSuperseded(fates);
-  }
-  MakeDurable(fates);
-  RenameAll(fates);
-  RemoveLeftOvers(fates);
+  DropSuperseded();
+  MakeContentDurable();
+  RenameAll();
+  MakeFoldersDurable();
+  RemoveLeftOvers();
   std::vector<Failure> failures;
-  for (Fate& fate : fates) {
-    Tell(fate.path, fate.outcome, fate.error);
-    if (fate.error) {
-      failures.push_back({std::move(fate.path), fate.error});
+  for (const Staged& file : std::exchange(staged_, {})) {
+    if (file.error) {
+      failures.push_back({file.path, file.error});
     }
+    Tell(file.path, file.outcome, file.error, {});
   }
   return failures;
 }
 
-void QELVARDOSFileTransaction::Abandon() {
-  for (const Staged& staged : staged_) {
-    if (staged.temporary.empty()) {
-      Tell(staged.path, QELVARDOSReplacement::AlreadyTheSame);
-    } else {
-      current.layer->Remove(staged.temporary);
-      Tell(staged.path, QELVARDOSReplacement::Failed, std::make_error_code(std::errc::operation_canceled));
+/// Of equal paths the last stays, even where it was found to be on the disk already.
+void QELVARDOSFileTransaction::DropSuperseded() {
+  std::vector<Staged*> byPath(staged_.size());
+  std::transform(staged_.begin(), staged_.end(), byPath.begin(), [](Staged& file) { return &file; });
+  std::stable_sort(byPath.begin(), byPath.end(), [](const Staged* a, const Staged* b) { return a->path < b->path; });
+  bool dropped = false;
+  for (std::size_t at = 0; at + 1 < byPath.size(); ++at) {
+    if (byPath[at]->path == byPath[at + 1]->path) {
+      RemoveTemporary(*byPath[at]);
+      byPath[at]->path.clear();
+      dropped = true;
     }
   }
-  staged_.clear();
+  if (dropped) {
+    std::erase_if(staged_, [](const Staged& file) { return file.path.empty(); });
+  }
 }
 
-QELVARDOSFileTransaction* QELVARDOSFileTransaction::Open() noexcept { return current.transaction; }
+void QELVARDOSFileTransaction::MakeContentDurable() {
+  std::vector<Staged*> files;
+  std::vector<std::string> temporaries;
+  for (Staged& file : staged_) {
+    if (!file.temporary.empty()) {
+      files.push_back(&file);
+      temporaries.push_back(file.temporary);
+    }
+  }
+  const std::vector<std::error_code> errors =
+      temporaries.empty() ? std::vector<std::error_code>() : layer_.MakeDurable(temporaries);
+  for (std::size_t at = 0; at < errors.size(); ++at) {
+    if (errors[at]) {
+      Fail(*files[at], errors[at]);
+    }
+  }
+}
+
+void QELVARDOSFileTransaction::RenameAll() {
+  for (Staged& file : staged_) {
+    if (!file.temporary.empty()) {
+      if (const std::error_code error = layer_.Rename(file.temporary, file.path)) {
+        Fail(file, error);
+      } else {
+        file.temporary.clear();
+        Fail(file, QELVARDOSFileError::MayBeLost);
+      }
+    }
+  }
+}
+
+/// Also where every file was as it should be: a process that ended before it came to this may have left it so.
+void QELVARDOSFileTransaction::MakeFoldersDurable() {
+  std::map<std::string, std::vector<Staged*>, std::less<>> filesByFolder;
+  for (Staged& file : staged_) {
+    if (!file.error || file.error == QELVARDOSFileError::MayBeLost) {
+      const std::string_view folder = FolderOf(file.path);
+      auto place = filesByFolder.find(folder);
+      place = place == filesByFolder.end() ? filesByFolder.try_emplace(std::string(folder)).first : place;
+      place->second.push_back(&file);
+    }
+  }
+  std::vector<std::string> folders;
+  for (const auto& [folder, files] : filesByFolder) {
+    folders.push_back(folder);
+  }
+  const std::vector<std::error_code> errors =
+      folders.empty() ? std::vector<std::error_code>() : layer_.MakeFoldersDurable(folders);
+  for (std::size_t at = 0; at < errors.size(); ++at) {
+    for (Staged* file : filesByFolder[folders[at]]) {
+      if (errors[at]) {
+        Fail(*file, QELVARDOSFileError::MayBeLost);
+      } else if (file->error) {
+        file->outcome = QELVARDOSReplacement::Written;
+        file->error.clear();
+      }
+    }
+  }
+}
+
+void QELVARDOSFileTransaction::RemoveLeftOvers() {
+  for (auto& [folder, claim] : std::exchange(claims_, {})) {
+    if (claim != nullptr) {
+      claim.reset();
+      RemoveLeftOversIn(folder);
+    }
+  }
+}
+
+void QELVARDOSFileTransaction::RemoveLeftOversIn(const std::string& folder) {
+  QELVARDOSFolderClaim alone;
+  if (!ListingPays(folder) || layer_.ClaimFolder(folder, QELVARDOSFolderUse::Clean, alone)) {
+    return;
+  }
+  std::vector<std::string> names;
+  layer_.List(folder.empty() ? "." : folder, names);
+  for (const std::string& name : names) {
+    if (IsTemporaryName(name) && IsUnderClaim(name)) {
+      layer_.Remove(In(folder, name));
+    }
+  }
+}
+
+/// A short listing costs less than the writing did. A long one is made the more seldom the longer it is, so that
+/// writing many files one after the other costs each no more than a short listing.
+bool QELVARDOSFileTransaction::ListingPays(const std::string& folder) {
+  constexpr std::uint64_t Short = 16384;
+  const std::uint64_t size = layer_.Stat(folder.empty() ? "." : folder).size;
+  return size <= Short || std::random_device()() % (size / Short) < std::max<std::size_t>(staged_.size() / 64, 1);
+}
+
+void QELVARDOSFileTransaction::Fail(Staged& file, const std::error_code& error) {
+  file.outcome = QELVARDOSReplacement::Failed;
+  file.error = error;
+  RemoveTemporary(file);
+}
+
+void QELVARDOSFileTransaction::RemoveTemporary(Staged& file) {
+  if (!file.temporary.empty()) {
+    layer_.Remove(std::exchange(file.temporary, {}));
+  }
+}
+
+void QELVARDOSFileTransaction::Tell(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error,
+                                    const std::string& reason) {
+  if (error) {
+    QELVARDOSSystemUtils::SetLastError(path + ": " + (reason.empty() ? error.message() : reason));
+  }
+  layer_.Replaced(path, outcome, error);
+}
+
+void QELVARDOSFileTransaction::Abandon() {
+  for (Staged& file : std::exchange(staged_, {})) {
+    const bool isSettled = file.temporary.empty();
+    RemoveTemporary(file);
+    Tell(file.path, isSettled ? file.outcome : QELVARDOSReplacement::Failed,
+         isSettled ? file.error : std::make_error_code(std::errc::operation_canceled), {});
+  }
+}
 
 bool QELVARDOSFileTransaction::IsTemporaryName(std::string_view fileName) noexcept {
   return fileName.size() == TemporaryLength && fileName.starts_with(TemporaryPrefix) &&
          fileName.find_first_not_of(HexDigits, TemporaryPrefix.size()) == std::string_view::npos;
 }
 
+bool QELVARDOSFileTransaction::IsUnderClaim(std::string_view temporaryName) noexcept {
+  return temporaryName.substr(TemporaryPrefix.size()).starts_with(Claimed);
+}
+
 std::error_code QELVARDOSReplaceFile(const std::string& path, std::string_view bytes) {
-  if (QELVARDOSFileTransaction* open = QELVARDOSFileTransaction::Open()) {
-    return open->Replace(path, bytes);
-  }
   QELVARDOSFileTransaction transaction;
   if (const std::error_code error = transaction.Replace(path, bytes)) {
     return error;

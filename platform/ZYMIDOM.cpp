@@ -34,6 +34,13 @@ HRESULT ZYMIXMLDOMDocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString
   return E_NOTIMPL;
 }
 
+HRESULT ZYMIXMLDOMDocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string /*bytes*/,
+                                                const ZYMUnicodeStringList& optionNames,
+                                                const ZYMUnicodeStringList& optionValues,
+                                                ZYMIDOMDocument_var& document) {
+  return Parse(path, optionNames, optionValues, document);
+}
+
 HRESULT ZYMIXMLDOMDocumentBuilder::Serialize(const ZYMIDOMNode_var& /*node*/,
                                              const std::function<bool(std::string_view)>& /*sink*/) {
   return E_NOTIMPL;

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMFillDictionary.h"
 #include "recognition/QELXVARDOSIdentifier.h"
 #include "recognition/RecognizeCall.h"
@@ -164,7 +165,11 @@ HRESULT QELXVARDOSRecognitionHandler::RecognizeObject(const ZYMIDOMElement_var& 
     Record record;
     Found found;
     status = getLRDObject(object, nodeMap, record);
-    if (record.IsNull()) {
+    const auto& doubt = call_->DoubtOnObject();
+    if (doubt) {
+      QELVARDOSSystemUtils::SetLastError(doubt->path.Str() + ": " + doubt->reason.message());
+      Trace.Write("Cannot be looked at : ", QELVARDOSSystemUtils::LastError());
+    } else if (record.IsNull()) {
       Trace.Write("No LRD file on disc");
       found.verdict = Word::Unknown;
     } else if (SUCCEEDED(status)) {
@@ -175,7 +180,7 @@ HRESULT QELXVARDOSRecognitionHandler::RecognizeObject(const ZYMIDOMElement_var& 
         RecognizeFromOwnRecord(record, found, version);
       }
     }
-    if (Attribute(object, Word::Modified) == Word::UpperTrue && !(found.verdict == Word::Unknown)) {
+    if (!doubt && Attribute(object, Word::Modified) == Word::UpperTrue && !(found.verdict == Word::Unknown)) {
       found.verdict = Word::ModifiedVerdict;
     }
     WriteBack(object, asked, found, version);
@@ -245,12 +250,20 @@ HRESULT QELXVARDOSRecognitionHandler::getLRDObject(const ZYMIDOMNode_var& cadObj
   const std::optional<QELXVARDOSLRDFactory::Paths> composition =
       inParent ? PathsInComposition(object, nodeMap) : std::nullopt;
   if (Attribute(object, Word::RecognizeAsNew) == Word::UpperTrue) {
-    if (composition || call_->OwnRecordExists()) {
+    if (composition || call_->OwnRecordFacts().Exists()) {
       Trace.Write("Object is marked as recognise as new ");
     }
+    call_->ForgetDoubt();
     return step.Return(S_OK);
   }
-  const HRESULT status = composition ? call_->ReadParent(composition->recordFile, record) : call_->ReadOwn(record);
+  if (call_->DoubtOnObject()) {
+    return step.Return(E_FAIL);
+  }
+  HRESULT status = composition ? call_->ReadParent(composition->recordFile, record) : call_->ReadOwn(record);
+  if (const QELVARDOSFileFacts& file = call_->Current().file; file.error && record && !inParent) {
+    record = nullptr;
+    status = call_->CannotTell(call_->Current().paths.objectFile.ToString(), file.error);
+  }
   if (SUCCEEDED(status) && record) {
     record->SetObjectFilePath(composition ? composition->objectFile : call_->Current().paths.objectFile);
     record->SetStateFlag(inParent);
@@ -258,6 +271,7 @@ HRESULT QELXVARDOSRecognitionHandler::getLRDObject(const ZYMIDOMNode_var& cadObj
   return step.Return(status);
 }
 
+// What could not be looked at matters only where the two answers lead to different records.
 int QELXVARDOSRecognitionHandler::ShouldCheckInParent(const ZYMIDOMNode_var& cadObject) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::ShouldCheckInParent");
   const ZYMIDOMElement_var object(cadObject);
@@ -266,16 +280,24 @@ int QELXVARDOSRecognitionHandler::ShouldCheckInParent(const ZYMIDOMNode_var& cad
   }
   ZYMUnicodeStringList compositions;
   QELXVARDOSIdentifier(object).IdentifyComposition(compositions);
-  if (!call_->Current().file.Exists()) {
+  const auto& [paths, file] = call_->Current();
+  if (file.kind == QELVARDOSFileFacts::Kind::Missing) {
     return step.Return(1);
   }
   if (compositions.Size() == 0) {
     return step.Return(0);
   }
-  if (!call_->OwnRecordExists()) {
+  const QELVARDOSFileFacts own = call_->OwnRecordFacts();
+  if (own.kind == QELVARDOSFileFacts::Kind::Missing) {
     return step.Return(1);
   }
-  const bool withoutFile =
-      config_->IsTypeInCategory(Attribute(object, Word::Type), QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE);
-  return step.Return(withoutFile ? 1 : 0);
+  if (config_->IsTypeInCategory(Attribute(object, Word::Type), QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE)) {
+    return step.Return(1);
+  }
+  if (file.error) {
+    call_->CannotTell(paths.objectFile.ToString(), file.error);
+  } else if (own.error) {
+    call_->CannotTell(paths.recordFile, own.error);
+  }
+  return step.Return(0);
 }

@@ -41,6 +41,7 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
                                  QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) override;
   HRESULT UpdateLRDObjects(const ZYMIDOMNode_var& root,
                            const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) override;
+  void SetObserver(QELXIVARDOSObserver* observer) override { observer_ = observer; }
 
   /// Without the records of type class "TYPE_OBJECT_WITHOUT_FILE", under their own CAD ids. Always 0.
   HRESULT GetCAdIdLRDExceptspecificTypes(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& in,
@@ -97,6 +98,7 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   QELIVARDOSGlobalConfigObject_var config_;
   /// What the objects of one Recognize share; null outside of it.
   RecognizeCall* call_ = nullptr;
+  QELXIVARDOSObserver* observer_ = nullptr;
 };
 
 /// What the creation registry calls for "QELXVARDOSRecognitionHandler": a new handler with one reference, the caller's.

@@ -130,7 +130,7 @@ std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsIn
     if (const ZYMIDOMNode_var* node = objects.Find(cadId); node != nullptr) {
       paths = PathsWithRecord(*node);
     }
-    if (paths) {
+    if (paths || (call_ != nullptr && call_->DoubtOnObject())) {
       break;
     }
   }
@@ -159,9 +159,14 @@ HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent(const ZYMID
 std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsWithRecord(
     const ZYMIDOMNode_var& cadObject) {
   Paths paths = QELXVARDOSLRDFactory().PathsOf(CadName(), cadObject);
-  const bool exists =
-      call_ == nullptr ? QELVARDOSPathUtils::Exists(paths.recordFile) : call_->ParentExists(paths.recordFile);
-  return exists ? std::optional(std::move(paths)) : std::nullopt;
+  if (call_ == nullptr) {
+    return QELVARDOSPathUtils::Exists(paths.recordFile) ? std::optional(std::move(paths)) : std::nullopt;
+  }
+  const QELVARDOSFileFacts& facts = call_->ParentFacts(paths.recordFile);
+  if (facts.error) {
+    call_->CannotTell(paths.recordFile, facts.error);
+  }
+  return facts.Exists() ? std::optional(std::move(paths)) : std::nullopt;
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList(const QELXIVARDOSLRDObject_varList& a,

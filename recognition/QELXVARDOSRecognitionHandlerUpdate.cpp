@@ -7,6 +7,7 @@
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDObject.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
 namespace {
 
@@ -151,12 +152,17 @@ HRESULT QELXVARDOSRecognitionHandler::CreateOrUpdateLRD(const ZYMIDOMNode_var& r
   const Step step(Trace, "QELXVARDOSRecognitionHandler::CreateOrUpdateLRD");
   QELXIVARDOSLRDXMLHandler_var handler;
   QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(config_, root, handler);
+  if (handler) {
+    handler->SetObserver(observer_);
+  }
   return step.Return(handler->CreateOrUpdateLRD(root, cadidMap));
 }
 
 HRESULT QELXVARDOSRecognitionHandler::CreateOrUpdateLRD(const QELXIVARDOSLRDObject_varList& records) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::CreateOrUpdateLRD");
-  return step.Return(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>()->WriteToFile(records));
+  const auto files = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>();
+  files->SetObserver(observer_);
+  return step.Return(files->WriteToFile(records));
 }
 
 HRESULT QELXVARDOSRecognitionHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& records) {

@@ -4,6 +4,9 @@
 #include <functional>
 #include <utility>
 
+#include "platform/QELVARDOSFileError.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+
 namespace {
 
 using Record = QELXIVARDOSLRDObject_var;
@@ -20,7 +23,7 @@ std::uint32_t HashOf(const ZYMUnicodeString& text) {
   return static_cast<std::uint32_t>(std::hash<ZYMUnicodeString>()(text));
 }
 
-bool Exists(const ZYMUnicodeString& path) { return QELVARDOSFileLayer::Current().Stat(path.Str()).Exists(); }
+QELVARDOSFileFacts Facts(const ZYMUnicodeString& path) { return QELVARDOSFileLayer::Current().Stat(path.Str()); }
 
 }  // namespace
 
@@ -119,9 +122,15 @@ QELXVARDOSRecognitionHandler::RecognizeCall::RecognizeCall(QELXVARDOSRecognition
       request_(request),
       unmapped_(unmapped),
       cadName_(handler.CadName()),
-      reader_(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(handler.config_)),
+      reader_(ReaderFor(handler)),
       byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(handler.command_)) {
   handler_.call_ = this;
+}
+
+RecordFileReader QELXVARDOSRecognitionHandler::RecognizeCall::ReaderFor(const QELXVARDOSRecognitionHandler& handler) {
+  const auto files = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(handler.config_);
+  files->SetObserver(handler.observer_);
+  return files->Reader();
 }
 
 QELXVARDOSRecognitionHandler::RecognizeCall::~RecognizeCall() { handler_.call_ = nullptr; }
@@ -136,20 +145,21 @@ const ZYMIDOMNode_varZYMUnicodeStringDico& QELXVARDOSRecognitionHandler::Recogni
 
 void QELXVARDOSRecognitionHandler::RecognizeCall::Begin(const ZYMIDOMElement_var& object) {
   object_.paths = factory_.PathsOf(cadName_, object);
-  object_.file = QELVARDOSFileLayer::Current().Stat(object_.paths.objectFile.ToString().Str());
+  object_.file = Facts(object_.paths.objectFile.ToString());
+  doubt_.reset();
 }
 
 QELXVARDOSRecognitionHandler::RecognizeCall::ParentFile& QELXVARDOSRecognitionHandler::RecognizeCall::ParentAt(
     const ZYMUnicodeString& recordFile) {
   const auto [place, added] = parents_.try_emplace(recordFile.Str());
   if (added) {
-    place->second.exists = Exists(recordFile);
+    place->second.facts = Facts(recordFile);
   }
   return place->second;
 }
 
-bool QELXVARDOSRecognitionHandler::RecognizeCall::ParentExists(const ZYMUnicodeString& recordFile) {
-  return ParentAt(recordFile).exists;
+const QELVARDOSFileFacts& QELXVARDOSRecognitionHandler::RecognizeCall::ParentFacts(const ZYMUnicodeString& recordFile) {
+  return ParentAt(recordFile).facts;
 }
 
 HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadParent(const ZYMUnicodeString& recordFile,
@@ -158,7 +168,16 @@ HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadParent(const ZYMUnicode
   parent_ = &file.record;
   if (!file.read) {
     Record read;
-    if (const HRESULT status = reader_->ReadLRDFile(recordFile, read); FAILED(status)) {
+    std::error_code error;
+    const HRESULT status = reader_.ReadIfPresent(recordFile, read, error);
+    if (error && SUCCEEDED(status)) {
+      // It was there when the composition was looked for.
+      return CannotTell(recordFile, QELVARDOSFileError::ChangedMeanwhile);
+    }
+    if (RecordFileReader::LeavesOpen(error, recordFile)) {
+      return CannotTell(recordFile, error);
+    }
+    if (FAILED(status)) {
       return status;
     }
     file.record = ParentRecord(read);
@@ -168,13 +187,23 @@ HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadParent(const ZYMUnicode
   return S_OK;
 }
 
-bool QELXVARDOSRecognitionHandler::RecognizeCall::OwnRecordExists() const { return Exists(object_.paths.recordFile); }
+QELVARDOSFileFacts QELXVARDOSRecognitionHandler::RecognizeCall::OwnRecordFacts() const {
+  return Facts(object_.paths.recordFile);
+}
+
+HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::CannotTell(const ZYMUnicodeString& path,
+                                                                const std::error_code& reason) {
+  doubt_ = Doubt{path, reason};
+  return E_FAIL;
+}
 
 HRESULT QELXVARDOSRecognitionHandler::RecognizeCall::ReadOwn(QELXIVARDOSLRDObject_var& record) {
-  const HRESULT status = reader_->ReadLRDFileIfPresent(object_.paths.recordFile, record);
+  const ZYMUnicodeString& path = object_.paths.recordFile;
+  std::error_code error;
+  const HRESULT status = reader_.ReadIfPresent(path, record, error);
   own_ = ParentRecord(record);
   parent_ = &own_;
-  return status;
+  return RecordFileReader::LeavesOpen(error, path) ? CannotTell(path, error) : status;
 }
 
 RequestRelationships& QELXVARDOSRecognitionHandler::RecognizeCall::Relationships() {

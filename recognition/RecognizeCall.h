@@ -14,7 +14,7 @@
 #include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
-#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+#include "xmlhandlers/RecordFileReader.h"
 
 /// Calls visit with each object of the list and its CAD id, which may be empty. Answers the status of the last id read.
 template <typename Visit>
@@ -120,11 +120,22 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   void Begin(const ZYMIDOMElement_var& object);
   const Object& Current() const { return object_; }
 
-  /// Whether the record file of another object is there.
-  bool ParentExists(const ZYMUnicodeString& recordFile);
+  /// What is known of the record file of another object.
+  const QELVARDOSFileFacts& ParentFacts(const ZYMUnicodeString& recordFile);
   /// Reads it, or answers what was read before.
   HRESULT ReadParent(const ZYMUnicodeString& recordFile, QELXIVARDOSLRDObject_var& record);
-  bool OwnRecordExists() const;
+  QELVARDOSFileFacts OwnRecordFacts() const;
+
+  /// A place that could not be looked at, though the verdict on the current object rests on it.
+  struct Doubt {
+    ZYMUnicodeString path;
+    std::error_code reason;
+  };
+  /// E_FAIL.
+  HRESULT CannotTell(const ZYMUnicodeString& path, const std::error_code& reason);
+  const std::optional<Doubt>& DoubtOnObject() const { return doubt_; }
+  /// The verdict turns out not to rest on it.
+  void ForgetDoubt() { doubt_.reset(); }
   /// Reads the record file of the current object; when there is none, record stays null and the status is 0.
   HRESULT ReadOwn(QELXIVARDOSLRDObject_var& record);
   /// The record in which the current object is an entry.
@@ -135,10 +146,11 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
 
  private:
   struct ParentFile {
-    bool exists = false;
+    QELVARDOSFileFacts facts;
     bool read = false;
     ParentRecord record;
   };
+  static RecordFileReader ReaderFor(const QELXVARDOSRecognitionHandler& handler);
   ParentFile& ParentAt(const ZYMUnicodeString& recordFile);
 
   QELXVARDOSRecognitionHandler& handler_;
@@ -147,9 +159,10 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   ZYMIDOMElement_var unmapped_;
   ZYMUnicodeString cadName_;
   QELXVARDOSLRDFactory factory_;
-  ZYMHandle<QELXVARDOSLRDXMLHandler> reader_;
+  RecordFileReader reader_;
   ZYMHandle<QELXVARDOSRecognitionHandlerNoLRD> byPhysicalId_;
   Object object_;
+  std::optional<Doubt> doubt_;
   std::unordered_map<std::string, ParentFile> parents_;
   ParentRecord own_;
   ParentRecord* parent_ = nullptr;

@@ -46,7 +46,7 @@ class EntryLRDObject : public QELXVARDOSLRDObject {
     ZYMIDOMDocument_var document;
     ZYMIDOMElement_var entry;
     return UntilFailure(
-        [&] { return CreateDocument(Self::ElementName(), document, entry); },
+        [&] { return StartElement(Self::ElementName(), document, entry); },
         [&] { return entry->setAttribute(Word::Id, id_); }, [&] { return AddPhysicalIdNode(document, entry); },
         [&] { return AddObjectChangeStampNode(document, entry); }, [&] { return AddCEStampNode(document, entry); },
         [&] { return addLaterStamps(document, entry); }, [&] { return AddHashcodeNode(document, entry); },

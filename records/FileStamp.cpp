@@ -2,8 +2,9 @@
 
 #include "platform/QELVARDOSFileLayer.h"
 
-ZYMUnicodeString FileStamp(const QELVARDOSPath& file) {
+ZYMUnicodeString FileStamp(const QELVARDOSPath& file, std::error_code& unseen) {
   const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(file.ToString().Str());
+  unseen = facts.error;
   return facts.Exists() ? StampOf(facts.modified) : ZYMUnicodeString();
 }
 

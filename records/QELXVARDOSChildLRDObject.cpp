@@ -1,6 +1,6 @@
 #include "records/QELXVARDOSChildLRDObject.h"
 
-#include "platform/QELVARDOSPathUtils.h"
+#include "platform/QELVARDOSFileLayer.h"
 #include "platform/ZYMFillDictionary.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject, QELXVARDOSLRDObject)
@@ -30,7 +30,10 @@ bool QELXVARDOSChildLRDObject::DoesFileExists(const ZYMIDOMNode_var& cadobject) 
   const ZYMIDOMElement_var element(cadobject);
   if (element && SUCCEEDED(element->getAttribute(Word::FileName, fileName)) &&
       SUCCEEDED(element->getAttribute(Word::DirName, folder)) && !fileName.IsEmpty()) {
-    exists = QELVARDOSPathUtils::Exists(QELVARDOSPath(folder) / fileName);
+    const QELVARDOSPath file = QELVARDOSPath(folder) / fileName;
+    const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(file.ToString().Str());
+    unseen_ = facts.error;
+    exists = facts.Exists();
   }
   return step.Return(exists ? 1 : 0) != 0;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMFillDictionary.h"
 #include "records/Dom.h"
 #include "records/FileStamp.h"
@@ -77,7 +78,7 @@ HRESULT QELXVARDOSLRDObject::GetLocalFileStamp(const ZYMIDOMElement_var& element
   const ZYMUnicodeString fileName = Attribute(element, Word::FileName);
   const QELVARDOSPath file =
       fileName.IsEmpty() ? QELVARDOSPath() : QELVARDOSPath(Attribute(element, Word::DirName)) / fileName;
-  stamp = FileStamp(file);
+  stamp = FileStamp(file, unseen_);
   Trace.Write("FileStamp for file : ", file.ToString(), " is : ", stamp);
   return step.Return(S_OK);
 }
@@ -102,9 +103,9 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var object;
   HRESULT status = UntilFailure(
-      [&] { return CreateDocument(Word::Object, document, object); },
-      [&] { return AddPhysicalIdNode(document, object); }, [&] { return AddObjectChangeStampNode(document, object); },
-      [&] { return AddCEStampNode(document, object); }, [&] { return AddHashcodeNode(document, object); });
+      [&] { return StartElement(Word::Object, document, object); }, [&] { return AddPhysicalIdNode(document, object); },
+      [&] { return AddObjectChangeStampNode(document, object); }, [&] { return AddCEStampNode(document, object); },
+      [&] { return AddHashcodeNode(document, object); });
 
   QELXIVARDOSLRDObject_varList path(visited);
   path.Append(QELXIVARDOSLRDObject_var(this));
@@ -124,6 +125,15 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
     element = object;
   }
   return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDObject::StartElement(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
+                                          ZYMIDOMElement_var& root) const {
+  if (unseen_) {
+    QELVARDOSSystemUtils::SetLastError(objectFile_.ToString().Str() + ": " + unseen_.message());
+    return E_FAIL;
+  }
+  return CreateDocument(rootName, document, root);
 }
 
 HRESULT QELXVARDOSLRDObject::CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
@@ -204,7 +214,7 @@ void QELXVARDOSLRDObject::AddChildRelationship(const QELXIVARDOSLRDObject_var& r
 
 HRESULT QELXVARDOSLRDObject::ComputeObjectChangeStamp(ZYMUnicodeString& stamp) {
   const Step step(Trace, "QELXVARDOSLRDObject::ComputeObjectChangeStamp");
-  stamp = FileStamp(objectFile_);
+  stamp = FileStamp(objectFile_, unseen_);
   if (!stamp.IsEmpty()) {
     objectChangeStamp_ = stamp;
   }
@@ -262,6 +272,8 @@ HRESULT QELXVARDOSLRDObject::CopyFromLRDObject(const QELXIVARDOSLRDObject_var& o
   const Step step(Trace, "QELXVARDOSLRDObject::CopyFromLRDObject");
   physicalId_ = other->GetPhysicalId();
   objectChangeStamp_ = other->GetObjectChangeStamp();
+  const auto* const own = dynamic_cast<const QELXVARDOSLRDObject*>(other.Get());
+  unseen_ = own == nullptr ? std::error_code() : own->unseen_;
   ceStamp_ = other->GetCEStamp();
   cadId_ = other->GetCadId();
   hashcode_ = other->GetHashcode();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <system_error>
+
 #include "component/QELXIVARDOSLRDObject.h"
 #include "platform/QELVARDOSPath.h"
 #include "platform/ZYMIDOM.h"
@@ -22,7 +24,10 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   const ZYMUnicodeString& GetPhysicalId() const override { return physicalId_; }
   void SetPhysicalId(const ZYMUnicodeString& physicalId) override { physicalId_ = physicalId; }
   const ZYMUnicodeString& GetObjectChangeStamp() const override { return objectChangeStamp_; }
-  void SetObjectChangeStamp(const ZYMUnicodeString& stamp) override { objectChangeStamp_ = stamp; }
+  void SetObjectChangeStamp(const ZYMUnicodeString& stamp) override {
+    objectChangeStamp_ = stamp;
+    unseen_.clear();
+  }
   const ZYMUnicodeString& GetCadId() const override { return cadId_; }
   const ZYMUnicodeString& GetHashcode() const override { return hashcode_; }
   void SetHashcode(const ZYMUnicodeString& hashcode) override { hashcode_ = hashcode; }
@@ -83,6 +88,9 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   /// What the four above and their like in later formats do.
   HRESULT AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
                       const ZYMIDOMElement_var& parent);
+  /// What the XML of this record begins with: a new document with its document element. E_FAIL, and the last error
+  /// names the file, when the object's file could not be looked at: the record would say what is not known.
+  HRESULT StartElement(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) const;
   /// A new document with its document element.
   static HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                 ZYMIDOMElement_var& root);
@@ -115,6 +123,8 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   QELXIVARDOSLRDObject_varList childRelationships_;
   QELXIVARDOSLRDObject_varList relatedChildren_;
   bool stateFlag_ = false;
+  /// Why the object's file could not be looked at when its stamp was last asked for.
+  std::error_code unseen_;
 
   friend class QELXVARDOSFullLRDObject;
 };

@@ -42,7 +42,7 @@ HRESULT QELXVARDOSRelLRDObject::Initialize(const ZYMIDOMNode_var& node) {
 }
 
 HRESULT QELXVARDOSRelLRDObject::CreateRelElement(ZYMIDOMDocument_var& document, ZYMIDOMElement_var& rel) {
-  return UntilFailure([&] { return CreateDocument(Word::Rel, document, rel); },
+  return UntilFailure([&] { return StartElement(Word::Rel, document, rel); },
                       [&] { return rel->setAttribute(Word::Id, relUuid_); },
                       [&] { return AddPhysicalIdNode(document, rel); });
 }

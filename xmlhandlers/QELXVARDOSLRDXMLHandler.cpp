@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "component/QELXVARDOSTraceChannels.h"
-#include "platform/QELVARDOSFileTransaction.h"
 #include "platform/QELVARDOSPathUtils.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMCheckFailure.h"
@@ -13,6 +12,8 @@
 #include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
+#include "xmlhandlers/RecordFileWriter.h"
+#include "xmlhandlers/RecordFolder.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDXMLHandler, QELXIVARDOSLRDXMLHandler)
 
@@ -25,40 +26,11 @@ using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 
-const ZYMUnicodeStringList ParserOptions{"ZYMDoValidation"};
-const ZYMUnicodeStringList ParserValues{"false"};
-const ZYMUnicodeStringList WriterOptions{"ZYMEncoding"};
-const ZYMUnicodeStringList WriterValues{"UTF-8"};
-
-ZYM_LOADED_AS(Tables)
-const ZYMUnicodeStringList RecordElements{Word::Object, Word::Structure, Word::Rel, Word::Composition};
-
-constexpr int DeepestNesting = 256;
-
 bool HasTypeClass(const Record& record, const ZYMUnicodeString& typeClass) {
   return record->GetTypeClasses().Locate(typeClass) != 0;
 }
 
 bool IsSelected(const Record& record) { return record->GetSelectedFlag().Matches(Word::UpperTrue); }
-
-// A name that a server sent must not lead out of the record folder.
-bool LeavesRecordFolder(const ZYMUnicodeString& path) {
-  std::string_view rest = path.View();
-  if (rest.find("..") == std::string_view::npos) {
-    return false;
-  }
-  bool inside = false;
-  while (!rest.empty()) {
-    const std::size_t slash = rest.find('/');
-    const std::string_view part = rest.substr(0, slash);
-    if (inside && part == "..") {
-      return true;
-    }
-    inside = inside || part == FileName::RecordFolder.View();
-    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
-  }
-  return false;
-}
 
 }  // namespace
 
@@ -82,142 +54,30 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateOrUpdateLRD(const ZYMIDOMNode_var& /*root
   return Step(Trace, "QELXVARDOSLRDXMLHandler::CreateOrUpdateLRD").Return(E_NOTIMPL);
 }
 
-/// Reads the records of one document.
-class QELXVARDOSLRDXMLHandler::RecordReader {
- public:
-  explicit RecordReader(ZYMUnicodeString version) : version_(std::move(version)) {}
-
-  /// The record of an element with all that is nested in it; null for an element that holds none. A nesting that is too
-  /// deep clears IsWithinDepth.
-  Record Read(const ZYMIDOMElement_var& element, int depth = 0) {
-    Record record;
-    factory_.GetLRDObjectFromLRDFile(element, version_, record);
-    if (record) {
-      ForEachChildElement(element, RecordElements, [this, &record, depth](const ZYMIDOMElement_var& child) {
-        return AddNested(record, child, depth + 1);
-      });
-    }
-    return record;
-  }
-
-  bool IsWithinDepth() const { return withinDepth_; }
-
- private:
-  bool AddNested(const Record& parent, const ZYMIDOMElement_var& element, int depth) {
-    withinDepth_ = withinDepth_ && depth <= DeepestNesting;
-    if (!withinDepth_) {
-      return false;
-    }
-    const Record nested = Read(element, depth);
-    if (nested) {
-      parent->AddChild(nested);
-      const ZYMUnicodeString name = NodeName(element);
-      if (name == Word::Rel) {
-        parent->AddChildRelationship(nested);
-      } else if (name == Word::Structure) {
-        parent->AddRelatedChild(nested);
-      }
-    }
-    return withinDepth_;
-  }
-
-  QELXVARDOSLRDFactory factory_;
-  ZYMUnicodeString version_;
-  bool withinDepth_ = true;
-};
-
 HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) {
-  return TakeRecord(path, Parse(path), record);
+  return Reader().Read(path, record);
 }
 
-// An object without a record is common and a failed attempt to open one is cheap, so the file is not asked for first.
-HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFileIfPresent(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) {
-  const Parsed parsed = Parse(path);
-  if (FAILED(parsed.status) && !QELVARDOSPathUtils::Exists(path)) {
-    return S_OK;
-  }
-  return TakeRecord(path, parsed, record);
-}
+RecordFileReader QELXVARDOSLRDXMLHandler::Reader() const { return {builder_, LargestRecordFile(), observer_}; }
 
-QELXVARDOSLRDXMLHandler::Parsed QELXVARDOSLRDXMLHandler::Parse(const ZYMUnicodeString& path) {
-  Parsed parsed;
-  parsed.status = builder_->Parse(path, ParserOptions, ParserValues, parsed.document);
-  return parsed;
-}
-
-HRESULT QELXVARDOSLRDXMLHandler::TakeRecord(const ZYMUnicodeString& path, const Parsed& parsed,
-                                            QELXIVARDOSLRDObject_var& record) {
-  const Step step(Trace, "QELXVARDOSLRDXMLHandler::ReadLRDFile");
-  const auto failed = [&step](HRESULT status) {
-    QELVARDOSSystemUtils::LogZYMGetLastError(status);
-    Trace.Write("Failed in ZYMIXMLDOMDocumentBuilder::Parse");
-    return step.Return(E_FAIL);
-  };
-  if (FAILED(parsed.status) || parsed.document.IsNull()) {
-    return failed(parsed.status);
-  }
-  ZYMIDOMElement_var root;
-  if (const HRESULT status = parsed.document->getDocumentElement(root); FAILED(status)) {
-    return step.Return(status);
-  }
-  if (root.IsNull()) {
-    return step.Return(parsed.status);
-  }
-  const ZYMUnicodeString version = Attribute(root, Word::Version);
-  Trace.Write("LRDVersion : ", version);
-
-  RecordReader reader(version);
-  const Record read = reader.Read(root);
-  if (!reader.IsWithinDepth()) {
-    QELVARDOSSystemUtils::SetLastError(path.Str() + ": records are nested too deep");
-    return failed(E_FAIL);
-  }
-  if (read) {
-    record = read;
-  }
-  return step.Return(parsed.status);
+std::uint64_t QELXVARDOSLRDXMLHandler::LargestRecordFile() const {
+  return config_.IsNull() ? QELIVARDOSGlobalConfigObject::UsualLargestRecordFile : config_->GetLargestRecordFile();
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::WriteToFile");
-  QELVARDOSFileTransaction transaction;
-  const auto commit = [&transaction] {
-    for (const QELVARDOSFileTransaction::Failure& failure : transaction.Commit()) {
-      Trace.Write("Failed to write file : ", failure.path, " : ", failure.error.message());
-    }
-  };
+  RecordFileWriter writer(builder_, LargestRecordFile(), observer_);
   try {
     for (const Record& record : records) {
-      WriteRecord(record, transaction);
+      writer.Write(record);
     }
   } catch (...) {
     // The records before the one that raised are written, as if each had been written in its turn.
-    commit();
+    writer.Commit();
     throw;
   }
-  commit();
+  writer.Commit();
   return step.Return(S_OK);
-}
-
-void QELXVARDOSLRDXMLHandler::WriteRecord(const QELXIVARDOSLRDObject_var& record,
-                                          QELVARDOSFileTransaction& transaction) {
-  ZYMIDOMElement_var element;
-  const HRESULT status = record->GetXMLFormat(QELXIVARDOSLRDObject_varList(), element);
-  const ZYMUnicodeString path = record->GetLRDFilePath();
-  Trace.Write("Wrinting into file : ", path);
-  if (LeavesRecordFolder(path)) {
-    Trace.Write("Refused to leave the record folder : ", path);
-    transaction.Refuse(path.Str(), std::make_error_code(std::errc::operation_not_permitted));
-    return;
-  }
-  if (FAILED(status)) {
-    transaction.Refuse(path.Str(), std::make_error_code(std::errc::io_error));
-    return;
-  }
-  if (element && FAILED(builder_->Write(element, path, WriterOptions, WriterValues))) {
-    Trace.Write("Failed to write file : ", QELVARDOSSystemUtils::LastError());
-    transaction.Refuse(path.Str(), std::make_error_code(std::errc::invalid_argument));
-  }
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& records) {
@@ -225,6 +85,7 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObje
   HRESULT status = S_OK;
   // Records of one folder come together; it is looked at once.
   ZYMUnicodeString present;
+  std::vector<QELVARDOSPath> made;
   for (const Record& record : records) {
     if (!IsSelected(record) || HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE)) {
       continue;
@@ -239,7 +100,7 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObje
       present = folder;
       continue;
     }
-    status = QELVARDOSPathUtils::MakeDirs(folder);
+    status = QELVARDOSPathUtils::MakeDirs(folder, made);
     if (FAILED(status)) {
       Trace.Write("Failed to create directory: ", folder);
       continue;
@@ -249,7 +110,8 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObje
     Trace.Write("Directory is marked hidden : ", folder);
     present = folder;
   }
-  return step.Return(status);
+  const HRESULT kept = QELVARDOSPathUtils::KeepDirs(made);
+  return step.Return(FAILED(kept) ? kept : status);
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::GetLRDObjects(const ZYMIDOMNode_var& root, RecordMap& records) {

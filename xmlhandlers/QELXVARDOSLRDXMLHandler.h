@@ -1,9 +1,10 @@
 #pragma once
 
+#include <cstdint>
+
 #include "component/QELXIVARDOSLRDXMLHandler.h"
 #include "platform/QELIVARDOSGlobalConfigObject.h"
-
-class QELVARDOSFileTransaction;
+#include "xmlhandlers/RecordFileReader.h"
 
 /// The base of all XML handlers and the handler of plain commands: reads and writes record files, and turns the lists
 /// and the structure of a tree into linked records. A handler serves one call sequence of one caller.
@@ -19,13 +20,14 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   ~QELXVARDOSLRDXMLHandler() override;
 
   HRESULT ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) override;
-  /// The same, but a file that does not exist is no failure: 0, and record is as it was.
-  HRESULT ReadLRDFileIfPresent(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record);
   /// E_NOTIMPL: the handler of a plain command only reads.
   HRESULT CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
                             const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) override;
   HRESULT GetLRDObjects(const ZYMIDOMNode_var& root, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) override;
+  void SetObserver(QELXIVARDOSObserver* observer) override { observer_ = observer; }
 
+  /// Reads record files as this handler does.
+  RecordFileReader Reader() const;
   /// Writes each record to its file, whose folder must exist. Every file is replaced in whole or stays; all that are
   /// written are durable together. What cannot be written is traced and does not stop the others. Always 0.
   HRESULT WriteToFile(const QELXIVARDOSLRDObject_varList& records);
@@ -77,22 +79,15 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   void WriteSelected(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);
 
  private:
-  class RecordReader;
   class StructureWalk;
 
-  struct Parsed {
-    HRESULT status = S_OK;
-    ZYMIDOMDocument_var document;
-  };
-
   void CreateBuilder(int line);
-  Parsed Parse(const ZYMUnicodeString& path);
-  HRESULT TakeRecord(const ZYMUnicodeString& path, const Parsed& parsed, QELXIVARDOSLRDObject_var& record);
-  void WriteRecord(const QELXIVARDOSLRDObject_var& record, QELVARDOSFileTransaction& transaction);
+  std::uint64_t LargestRecordFile() const;
   HRESULT Link(const ZYMIDOMElement_var& object, const ZYMIDOMNode_var& parent, const ZYMIDOMElement_var& relationship,
                const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records,
                const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships);
 
   QELIVARDOSGlobalConfigObject_var config_;
   ZYMIXMLDOMDocumentBuilder_var builder_;
+  QELXIVARDOSObserver* observer_ = nullptr;
 };

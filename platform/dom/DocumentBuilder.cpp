@@ -52,12 +52,18 @@ HRESULT DocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString& rootName
   return document->getDocumentElement(root);
 }
 
-HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& /*optionNames*/,
-                               const ZYMUnicodeStringList& /*optionValues*/, ZYMIDOMDocument_var& document) {
+HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
+                               const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) {
   std::string bytes;
-  if (const std::error_code error = QELVARDOSFileLayer::Current().Read(path.Str(), bytes)) {
+  if (const auto error = QELVARDOSFileLayer::Current().Read(path.Str(), bytes, QELVARDOSFileLayer::AnySize)) {
     return Fail(path, ": " + error.message());
   }
+  return ParseContent(path, std::move(bytes), optionNames, optionValues, document);
+}
+
+HRESULT DocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string bytes,
+                                      const ZYMUnicodeStringList& /*optionNames*/,
+                                      const ZYMUnicodeStringList& /*optionValues*/, ZYMIDOMDocument_var& document) {
   auto storage = std::make_unique<DomStorage>();
   if (const std::optional<std::size_t> root = plain_.RootOf(bytes)) {
     if (!storage->LoadPlain(std::move(bytes), *root)) {

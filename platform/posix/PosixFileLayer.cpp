@@ -2,54 +2,28 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <map>
 #include <memory>
+#include <thread>
 #include <utility>
 
+#include "platform/QELVARDOSFileError.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/Disks.h"
+#include "platform/posix/Durability.h"
+#include "platform/posix/Likeness.h"
+
 namespace {
-
-std::error_code SystemError() { return {errno, std::system_category()}; }
-
-std::error_code ErrorUnless(bool success) { return success ? std::error_code() : SystemError(); }
-
-/// Repeats a system call that a signal interrupted.
-template <typename Call>
-auto Uninterrupted(const Call& call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) {
-    result = call();
-  }
-  return result;
-}
-
-/// An open file, closed at the latest when this goes.
-class Descriptor {
- public:
-  Descriptor(const std::string& path, int flags, mode_t mode = 0) : Descriptor(AT_FDCWD, path.c_str(), flags, mode) {}
-  Descriptor(int folder, const char* path, int flags, mode_t mode = 0)
-      : number_(Uninterrupted([&] { return openat(folder, path, flags | O_CLOEXEC, mode); })) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  bool IsOpen() const noexcept { return number_ >= 0; }
-  int Number() const noexcept { return number_; }
-  /// On some file systems only closing tells that the content could not be kept.
-  std::error_code Close() { return IsOpen() ? ErrorUnless(close(std::exchange(number_, -1)) == 0) : std::error_code(); }
-
- private:
-  int number_;
-};
 
 /// Finds files below the folder that is asked for again and again without walking its path each time: that saves a
 /// microsecond of the six or so that looking at a record takes.
@@ -112,8 +86,17 @@ ssize_t ReadAt(const Descriptor& file, char* to, std::size_t most, std::size_t o
   return Uninterrupted([&] { return pread(file.Number(), to, most, static_cast<off_t>(offset)); });
 }
 
+/// What opening or reading a pipe, a socket or a device that is no file may end with.
+std::error_code NoFileOr(const std::error_code& error) {
+  const bool isNoFile = error == std::errc::invalid_seek || error == std::errc::no_such_device_or_address ||
+                        error == std::errc::no_such_device;
+  return isNoFile ? std::make_error_code(std::errc::not_supported) : error;
+}
+
+std::error_code TooLarge() { return std::make_error_code(std::errc::file_too_large); }
+
 /// Continues behind what bytes holds already.
-std::error_code ReadRest(const Descriptor& file, std::string& bytes) {
+std::error_code ReadRest(const Descriptor& file, std::string& bytes, std::uint64_t atMost) {
   struct stat facts {};
   if (fstat(file.Number(), &facts) != 0) {
     return SystemError();
@@ -121,18 +104,31 @@ std::error_code ReadRest(const Descriptor& file, std::string& bytes) {
   if (!S_ISREG(facts.st_mode)) {
     return std::make_error_code(std::errc::not_supported);
   }
+  if (static_cast<std::uint64_t>(facts.st_size) > atMost) {
+    return TooLarge();
+  }
   std::size_t filled = bytes.size();
   // One byte more than the file should have, so that its end shows without another turn.
   bytes.resize(std::max(filled, static_cast<std::size_t>(facts.st_size)) + 1);
   ssize_t got = 0;
   while ((got = ReadAt(file, bytes.data() + filled, bytes.size() - filled, filled)) > 0) {
     filled += static_cast<std::size_t>(got);
+    if (filled > atMost) {
+      return TooLarge();
+    }
     if (filled == bytes.size()) {
       bytes.resize(2 * filled);
     }
   }
   bytes.resize(filled);
   return ErrorUnless(got == 0);
+}
+
+/// A file that may not be opened again can only be flushed now.
+std::error_code SynchroniseIfClosed(const Descriptor& file) {
+  struct stat facts {};
+  const bool isClosed = fstat(file.Number(), &facts) == 0 && (facts.st_mode & S_IRUSR) == 0;
+  return isClosed ? ErrorUnless(Uninterrupted([&] { return fdatasync(file.Number()); }) == 0) : std::error_code();
 }
 
 std::error_code WriteAll(const Descriptor& file, std::string_view bytes) {
@@ -146,77 +142,38 @@ std::error_code WriteAll(const Descriptor& file, std::string_view bytes) {
   return {};
 }
 
-std::error_code Fill(Descriptor& file, std::string_view bytes, std::uint32_t mode) {
-  std::error_code error = WriteAll(file, bytes);
-  // The mode that a file is created with is cut by the process' mask.
-  if (!error && mode != 0) {
-    error = ErrorUnless(fchmod(file.Number(), mode) == 0);
+using Kind = QELVARDOSFileFacts::Kind;
+
+Kind KindOf(mode_t mode) { return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other; }
+
+/// Whoever may write where a record folder belongs could put a link there to have files written elsewhere in another's
+/// name. A link of the user's own, or of the owner of the place, is taken for meant.
+bool IsForeignLink(const std::string& path) {
+  struct stat link {};
+  if (lstat(path.c_str(), &link) != 0 || !S_ISLNK(link.st_mode) || link.st_uid == geteuid()) {
+    return false;
   }
-  return error ? error : file.Close();
+  struct stat above {};
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  return stat(FolderName(folder).c_str(), &above) != 0 || above.st_uid != link.st_uid;
 }
 
-using Files = std::vector<const std::string*>;
-
-/// Calls synchronise with the open file.
-template <typename Synchronise>
-std::error_code WithOpen(const std::string& path, const Synchronise& synchronise) {
-  const Descriptor file(path, O_RDONLY);
-  return ErrorUnless(file.IsOpen() && Uninterrupted([&] { return synchronise(file.Number()); }) == 0);
-}
-
-template <typename Synchronise>
-std::error_code WithEach(const Files& files, const Synchronise& synchronise) {
-  for (const std::string* path : files) {
-    if (const std::error_code error = WithOpen(*path, synchronise)) {
-      return error;
+/// Whoever removes left-overs is done soon, so a writer waits for that, but not for ever.
+std::error_code Lock(int folder, QELVARDOSFolderUse use) {
+  const bool alone = use == QELVARDOSFolderUse::Clean;
+  const int kind = alone ? LOCK_EX : LOCK_SH;
+  for (int tries = alone ? 1 : 100; tries > 0; --tries) {
+    if (Uninterrupted([&] { return flock(folder, kind | LOCK_NB); }) == 0) {
+      return {};
+    }
+    if (errno != EWOULDBLOCK) {
+      return SystemError();
+    }
+    if (tries > 1) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
   }
-  return {};
-}
-
-/// Whether the disk is an ext file system that keeps a journal on itself, in its inode 8. Those without one have the
-/// same file system type, so only the journal's own entry tells them apart.
-bool HasExtJournal(dev_t disk) {
-  const std::string number = std::to_string(major(disk)) + ":" + std::to_string(minor(disk));
-  std::error_code error;
-  const std::filesystem::path device = std::filesystem::read_symlink("/sys/dev/block/" + number, error);
-  return !error && access(("/proc/fs/jbd2/" + device.filename().string() + "-8").c_str(), F_OK) == 0;
-}
-
-/// fsync commits the journal as far as the file's own last change. Changing the file anew, if only to the mode that it
-/// has, carries the commit beyond the last change of every file that was written before.
-int CommitJournal(int file) {
-  struct stat facts {};
-  const bool changed = fstat(file, &facts) == 0 && fchmod(file, facts.st_mode & 07777U) == 0;
-  return changed ? fsync(file) : -1;
-}
-
-std::error_code CommitTogether(const Files& files) {
-  constexpr unsigned Start = SYNC_FILE_RANGE_WRITE;
-  constexpr unsigned Finish = SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
-  for (const unsigned phase : {Start, Finish}) {
-    if (const auto error = WithEach(files, [phase](int file) { return sync_file_range(file, 0, 0, phase); })) {
-      return error;
-    }
-  }
-  return WithOpen(*files.back(), CommitJournal);
-}
-
-/// syncfs is the cheapest way for many files of a quiet disk, but it also waits for whatever else the disk owes, such
-/// as gigabytes of CAD files that were just checked out. A journal is committed in order: there it is enough to write
-/// out these files' own data and then to commit once. Where there is no such journal, syncfs pays only for more than a
-/// few files.
-std::error_code MakeDurableOn(dev_t disk, const Files& files) {
-  constexpr std::size_t Few = 16;
-  if (HasExtJournal(disk)) {
-    return CommitTogether(files);
-  }
-  return files.size() <= Few ? WithEach(files, fdatasync) : WithOpen(*files.front(), syncfs);
-}
-
-QELVARDOSFileFacts::Kind KindOf(mode_t mode) {
-  using Kind = QELVARDOSFileFacts::Kind;
-  return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other;
+  return std::make_error_code(std::errc::device_or_resource_busy);
 }
 
 }  // namespace
@@ -230,27 +187,30 @@ QELVARDOSFileFacts PosixFileLayer::Stat(const std::string& path) {
   const Lookups::Place place = lookups.Find(path);
   struct stat facts {};
   if (fstatat(place.folder, place.path, &facts, 0) != 0) {
-    return {};
+    const std::error_code error = SystemError();
+    return MeansMissing(error, path) ? QELVARDOSFileFacts() : QELVARDOSFileFacts{Kind::Unseen, 0, 0, error};
   }
-  return {KindOf(facts.st_mode), facts.st_mtim.tv_sec, static_cast<std::uint64_t>(facts.st_size),
-          facts.st_mode & 07777U};
+  return {KindOf(facts.st_mode), facts.st_mtim.tv_sec, static_cast<std::uint64_t>(facts.st_size), {}};
 }
 
 /// A small file takes three system calls. Reading at an offset refuses folders, pipes and sockets by itself, opening
 /// without blocking keeps a pipe from holding us up, and a read that is shorter than asked ends at a file's end.
-std::error_code PosixFileLayer::Read(const std::string& path, std::string& bytes) {
+std::error_code PosixFileLayer::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
   const Lookups::Place place = lookups.Find(path);
   const Descriptor file(place.folder, place.path, O_RDONLY | O_NONBLOCK);
   if (!file.IsOpen()) {
-    return SystemError();
+    return NoFileOr(SystemError());
   }
   std::array<char, 16384> start;  // NOLINT(cppcoreguidelines-pro-type-member-init): clearing it costs more than a call
   const ssize_t got = ReadAt(file, start.data(), start.size(), 0);
   if (got < 0) {
-    return SystemError();
+    return NoFileOr(SystemError());
+  }
+  if (static_cast<std::uint64_t>(got) > atMost) {
+    return TooLarge();
   }
   bytes.assign(start.data(), static_cast<std::size_t>(got));
-  return bytes.size() < start.size() ? std::error_code() : ReadRest(file, bytes);
+  return bytes.size() < start.size() ? std::error_code() : ReadRest(file, bytes, atMost);
 }
 
 std::error_code PosixFileLayer::List(const std::string& folder, std::vector<std::string>& names) {
@@ -280,38 +240,59 @@ std::error_code PosixFileLayer::MakeFolder(const std::string& path) {
 /// The dot that a record folder's name begins with hides it.
 std::error_code PosixFileLayer::HideFolder(const std::string& /*path*/) { return {}; }
 
-std::error_code PosixFileLayer::WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) {
-  Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, mode == 0 ? 0666 : mode);
+std::error_code PosixFileLayer::ClaimFolder(const std::string& folder, QELVARDOSFolderUse use,
+                                            QELVARDOSFolderClaim& claim) {
+  const std::string path = FolderName(folder);
+  if (IsForeignLink(path)) {
+    return QELVARDOSFileError::ForeignLink;
+  }
+  auto held = std::make_shared<const Descriptor>(path, O_RDONLY | O_DIRECTORY);
+  if (!held->IsOpen()) {
+    return SystemError();
+  }
+  if (!IsOfThisSystem(held->Number())) {
+    return std::make_error_code(std::errc::not_supported);
+  }
+  const std::error_code error = Lock(held->Number(), use);
+  if (!error) {
+    claim = std::move(held);
+  }
+  return error;
+}
+
+std::error_code PosixFileLayer::WriteNew(const std::string& path, std::string_view bytes, const std::string& like) {
+  constexpr mode_t Plain = 0666;
+  constexpr mode_t OwnerAlone = 0600;
+  Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, like.empty() ? Plain : OwnerAlone);
   if (!file.IsOpen()) {
     return SystemError();
   }
-  const std::error_code error = Fill(file, bytes, mode);
+  std::error_code error = like.empty() ? std::error_code() : MakeAlike(file.Number(), like);
+  if (!error) {
+    error = WriteAll(file, bytes);
+  }
+  if (!error && !like.empty()) {
+    error = SynchroniseIfClosed(file);
+  }
+  if (!error) {
+    error = file.Close();
+  }
   if (error) {
     unlink(path.c_str());
   }
   return error;
 }
 
-std::error_code PosixFileLayer::MakeDurable(const std::vector<std::string>& paths) {
-  std::map<dev_t, Files> disks;
-  for (const std::string& path : paths) {
-    struct stat facts {};
-    if (stat(path.c_str(), &facts) == 0) {
-      disks[facts.st_dev].push_back(&path);
-    } else if (errno != ENOENT && errno != ENOTDIR) {
-      return SystemError();
-    }
-  }
-  for (const auto& [disk, files] : disks) {
-    if (const std::error_code error = MakeDurableOn(disk, files)) {
-      return error;
-    }
-  }
-  return {};
+std::vector<std::error_code> PosixFileLayer::MakeDurable(const std::vector<std::string>& paths) {
+  return MakeContentDurable(paths);
+}
+
+std::vector<std::error_code> PosixFileLayer::MakeFoldersDurable(const std::vector<std::string>& folders) {
+  return MakeEntriesDurable(folders);
 }
 
 std::error_code PosixFileLayer::Rename(const std::string& from, const std::string& to) {
   return ErrorUnless(rename(from.c_str(), to.c_str()) == 0);
 }
 
-std::error_code PosixFileLayer::Remove(const std::string& path) { return ErrorUnless(unlink(path.c_str()) == 0); }
+std::error_code PosixFileLayer::Remove(const std::string& path) { return ErrorUnless(remove(path.c_str()) == 0); }

@@ -26,7 +26,7 @@ class OneFile : public QELVARDOSFileLayerFilter {
  public:
   explicit OneFile(std::string text) : QELVARDOSFileLayerFilter(System()), text_(std::move(text)) { Use(this); }
   ~OneFile() override { Use(nullptr); }
-  std::error_code Read(const std::string& path, std::string& bytes) override {
+  std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t /*atMost*/) override {
     bytes = text_;
     return path == "it" ? std::error_code() : std::make_error_code(std::errc::no_such_file_or_directory);
   }

@@ -14,17 +14,20 @@ class RecordingLayer : public QELVARDOSFileLayerFilter {
 
   long CountReads(const std::string& path) const { return std::count(reads.begin(), reads.end(), path); }
 
-  std::error_code Read(const std::string& path, std::string& bytes) override {
+  std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
     reads.push_back(path);
-    return Next().Read(path, bytes);
+    return Next().Read(path, bytes, atMost);
   }
   std::error_code MakeFolder(const std::string& path) override { return Change("MakeFolder", path).MakeFolder(path); }
   std::error_code HideFolder(const std::string& path) override { return Change("HideFolder", path).HideFolder(path); }
-  std::error_code WriteNew(const std::string& path, std::string_view bytes, std::uint32_t mode) override {
-    return Change("WriteNew", path).WriteNew(path, bytes, mode);
+  std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) override {
+    return Change("WriteNew", path).WriteNew(path, bytes, like);
   }
-  std::error_code MakeDurable(const std::vector<std::string>& paths) override {
+  std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) override {
     return Change("MakeDurable", std::to_string(paths.size())).MakeDurable(paths);
+  }
+  std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) override {
+    return Change("MakeFoldersDurable", std::to_string(folders.size())).MakeFoldersDurable(folders);
   }
   std::error_code Rename(const std::string& from, const std::string& to) override {
     return Change("Rename", to).Rename(from, to);

@@ -22,7 +22,7 @@ class OneFile : public QELVARDOSFileLayerFilter {
   explicit OneFile(std::string text)
       : QELVARDOSFileLayerFilter(Current()), text_(std::move(text)), before_(Use(this)) {}
   ~OneFile() override { Use(before_); }
-  std::error_code Read(const std::string& /*path*/, std::string& bytes) override {
+  std::error_code Read(const std::string& /*path*/, std::string& bytes, std::uint64_t /*atMost*/) override {
     bytes = text_;
     return {};
   }

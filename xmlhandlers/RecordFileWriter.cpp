@@ -1,0 +1,106 @@
+#include "xmlhandlers/RecordFileWriter.h"
+
+#include <new>
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSFileError.h"
+#include "platform/QELVARDOSSystemUtils.h"
+#include "xmlhandlers/RecordFolder.h"
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+const ZYMUnicodeStringList WriterOptions{"ZYMEncoding"};
+const ZYMUnicodeStringList WriterValues{"UTF-8"};
+
+/// The element of a record, and why there is none.
+struct Format {
+  explicit Format(const QELXIVARDOSLRDObject_var& record) {
+    const std::string before = QELVARDOSSystemUtils::LastError();
+    QELVARDOSSystemUtils::SetLastError({});
+    status = record->GetXMLFormat(QELXIVARDOSLRDObject_varList(), element);
+    if (FAILED(status)) {
+      reason = QELVARDOSSystemUtils::LastError();
+    }
+    QELVARDOSSystemUtils::SetLastError(before);
+  }
+
+  HRESULT status = S_OK;
+  std::string reason;
+  ZYMIDOMElement_var element;
+};
+
+}  // namespace
+
+RecordFileWriter::RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest,
+                                   QELXIVARDOSObserver* observer)
+    : builder_(builder), largest_(largest) {
+  if (observer != nullptr) {
+    replaced_.emplace(builder, largest, observer);
+  }
+}
+
+void RecordFileWriter::Write(const QELXIVARDOSLRDObject_var& record) {
+  const ZYMUnicodeString path = record->GetLRDFilePath();
+  try {
+    const Format format(record);
+    Trace.Write("Wrinting into file : ", path);
+    if (LeavesRecordFolder(path)) {
+      Trace.Write("Refused to leave the record folder : ", path);
+      files_.Refuse(path.Str(), QELVARDOSFileError::LeavesFolder);
+    } else if (FAILED(format.status)) {
+      Refuse(path, std::errc::io_error, format.reason);
+    } else if (format.element) {
+      WriteElement(format.element, path);
+    }
+  } catch (const std::bad_alloc&) {
+    Refuse(path, std::errc::not_enough_memory);
+  }
+}
+
+void RecordFileWriter::WriteElement(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path) {
+  if (!Serialize(element, path)) {
+    return;
+  }
+  if (files_.Replace(path.Str(), text_)) {
+    Trace.Write("Failed to write file : ", QELVARDOSSystemUtils::LastError());
+  } else if (replaced_ && !files_.Present().empty() && files_.Present() != text_) {
+    replaced_->TellOfUnknownFormat(path, files_.Present());
+  }
+}
+
+/// The text of the element. False when there is none that may be written, or when the builder wrote it by itself, as
+/// one does that cannot tell its text.
+bool RecordFileWriter::Serialize(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path) {
+  text_.clear();
+  bool fits = true;
+  const HRESULT status = builder_->Serialize(element, [&](std::string_view piece) {
+    fits = text_.size() + piece.size() <= largest_;
+    text_.append(fits ? piece : std::string_view());
+    return fits;
+  });
+  if (!fits) {
+    Refuse(path, std::errc::file_too_large);
+  } else if (status == E_NOTIMPL) {
+    if (FAILED(builder_->Write(element, path, WriterOptions, WriterValues))) {
+      Refuse(path, std::errc::invalid_argument, QELVARDOSSystemUtils::LastError());
+    }
+    return false;
+  } else if (FAILED(status)) {
+    Refuse(path, std::errc::invalid_argument, QELVARDOSSystemUtils::LastError());
+  }
+  return fits && SUCCEEDED(status);
+}
+
+void RecordFileWriter::Refuse(const ZYMUnicodeString& path, std::errc error, const std::string& reason) {
+  files_.Refuse(path.Str(), std::make_error_code(error), reason);
+  Trace.Write("Failed to write file : ", QELVARDOSSystemUtils::LastError());
+}
+
+void RecordFileWriter::Commit() {
+  for (const QELVARDOSFileTransaction::Failure& failure : files_.Commit()) {
+    Trace.Write("Failed to write file : ", failure.path, " : ", failure.error.message());
+  }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "component/QELXIVARDOSLRDObject.h"
+#include "platform/QELVARDOSFileTransaction.h"
+#include "platform/ZYMIDOM.h"
+#include "xmlhandlers/RecordFileReader.h"
+
+/// Brings record files up to date, all in one transaction. What cannot be written is traced, told to the file layer and
+/// does not stop the others.
+class RecordFileWriter {
+ public:
+  /// largest: in bytes; nothing larger is written. observer: may be null, not owned.
+  RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest, QELXIVARDOSObserver* observer);
+
+  void Write(const QELXIVARDOSLRDObject_var& record);
+  void Commit();
+
+ private:
+  void WriteElement(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path);
+  bool Serialize(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path);
+  void Refuse(const ZYMUnicodeString& path, std::errc error, const std::string& reason = {});
+
+  ZYMIXMLDOMDocumentBuilder_var builder_;
+  std::uint64_t largest_;
+  /// Looks at what is about to be replaced; null when nobody wants to know.
+  std::optional<RecordFileReader> replaced_;
+  QELVARDOSFileTransaction files_;
+  std::string text_;
+};
