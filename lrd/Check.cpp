@@ -8,6 +8,7 @@
 #include "lrd/Progress.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"
+#include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSFileTransaction.h"
 
 namespace lrd {
@@ -16,6 +17,7 @@ namespace {
 
 const char* Lead(RecordFault fault) {
   switch (fault) {
+    case RecordFault::Missing:
     case RecordFault::Unreadable:
       return "not readable: ";
     case RecordFault::NotWellFormed:
@@ -33,9 +35,13 @@ class Checker {
   explicit Checker(Progress& progress) : progress_(progress) {}
 
   void CheckFolder(const CadFolder& folder) {
-    for (const std::string& name : folder.recordFolder) {
-      if (QELVARDOSFileTransaction::IsTemporaryName(name)) {
-        Report(folder.RecordFolderPath() + "/" + name, "left-over temporary file");
+    if (!folder.recordFolderFault.empty()) {
+      Report(folder.RecordFolderPath(), folder.recordFolderFault);
+    }
+    CheckTemporaries(folder);
+    for (const std::string& name : folder.strangers) {
+      if (name.ends_with(".xml")) {
+        Report(folder.RecordFolderPath() + "/" + name, "is no regular file");
       }
     }
     const auto objects = folder.NewestObjectFiles(Naming::Either);
@@ -58,9 +64,34 @@ class Checker {
   std::size_t Records() const noexcept { return records_; }
 
  private:
+  /// A temporary file is left over once nobody can be writing in its folder any more.
+  void CheckTemporaries(const CadFolder& folder) {
+    const std::string path = folder.RecordFolderPath();
+    std::vector<std::string> names(folder.recordFolder.begin(), folder.recordFolder.end());
+    std::erase_if(names, [](const std::string& name) { return !QELVARDOSFileTransaction::IsTemporaryName(name); });
+    if (names.empty()) {
+      return;
+    }
+    QELVARDOSFolderClaim alone;
+    QELVARDOSFileLayer& layer = QELVARDOSFileLayer::Current();
+    const std::error_code error = layer.ClaimFolder(path, QELVARDOSFolderUse::Clean, alone);
+    for (const std::string& name : names) {
+      const bool isClaimed = QELVARDOSFileTransaction::IsUnderClaim(name);
+      if (!layer.Stat(path + "/" + name).Exists() || (isClaimed && error == std::errc::device_or_resource_busy)) {
+        continue;
+      }
+      Report(path + "/" + name, isClaimed && !error ? "left-over temporary file"
+                                                    : "temporary file; left over, unless somebody writes there now");
+    }
+  }
+
   void CheckRecord(const std::string& file) {
     ++records_;
     const RecordReading reading = reader_.Read(file);
+    if (reading.fault == RecordFault::Missing) {
+      Report(file, ChangedMeanwhile());
+      return;
+    }
     if (reading.fault != RecordFault::None) {
       Report(file, Lead(reading.fault) + reading.reason);
       return;
@@ -108,9 +139,11 @@ Run PrepareCheck(CLI::App& arguments) {
   arguments.footer(
       "Reported, a line each: a record file that cannot be read, is not well-formed, lacks an element that a record "
       "must\n"
-      "have or holds no record of a known format version; one whose object file is gone; a left-over temporary file; "
+      "have or holds no record of a known format version; one whose object file is gone; one that is no regular file; "
       "a\n"
-      "physical id that an earlier record has too.");
+      "record folder that cannot be listed or is none; a left-over temporary file; a physical id that an earlier "
+      "record\n"
+      "has too.");
   return [folders] { return CheckFolders(*folders); };
 }
 

@@ -1,5 +1,7 @@
 #include "lrd/FileWatch.h"
 
+#include "platform/QELVARDOSSystemUtils.h"
+
 namespace lrd {
 
 FileWatch::FileWatch(QELVARDOSFileLayer& watched)
@@ -14,7 +16,8 @@ std::error_code FileWatch::Read(const std::string& path, std::string& bytes, std
 
 void FileWatch::Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) {
   if (outcome == QELVARDOSReplacement::Failed) {
-    failed_.emplace(path, error.message());
+    const std::string& reason = QELVARDOSSystemUtils::LastError();
+    failed_.emplace(path, reason.starts_with(path + ": ") ? reason.substr(path.size() + 2) : error.message());
   } else {
     settled_.insert(path);
   }

@@ -4,6 +4,7 @@
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
+#include "lrd/FormatWatch.h"
 #include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
 #include "lrd/XmlFile.h"
@@ -19,6 +20,7 @@ struct Options {
   std::string output = "-";
   bool update = false;
   bool summary = false;
+  bool strict = false;
 };
 
 /// "120 objects: 97 EXISTS, 20 MODIFIED, 3 UNKNOWN"
@@ -45,11 +47,12 @@ void PrintSummary(const ZYMIDOMElement_var& request) {
   std::fputs((line + "\n").c_str(), stderr);
 }
 
-ModuleAnswer CallHandler(const Options& options, const Configuration& configuration,
-                         const ZYMIDOMElement_var& request) {
+ModuleAnswer CallHandler(const Options& options, const Configuration& configuration, const ZYMIDOMElement_var& request,
+                         FormatWatch& formats) {
   const FileWatch watch;
   const QELXIVARDOSRecognitionHandler_var handler =
       RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
+  handler->SetObserver(&formats);
   QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
   return Recognise(handler, options.request, request, options.update, watch, records);
 }
@@ -59,16 +62,20 @@ int RecognizeRequest(const Options& options) {
   const Configuration configuration = ReadConfiguration(options.configuration);
   const ZYMIDOMDocument_var document = ParseXml(options.request);
   const ZYMIDOMElement_var request = RootOf(document);
-  const ModuleAnswer answer = CallHandler(options, configuration, request);
+  FormatWatch formats;
+  const ModuleAnswer answer = CallHandler(options, configuration, request, formats);
   // What was recognised before a refusal stands.
   output.Write(document);
   if (answer.IsRefusal()) {
     Complain(answer.refusal);
   }
+  for (const auto& [file, version] : formats.Found()) {
+    Complain(file, "unknown format version \"" + version + "\": its objects count as new to the server");
+  }
   if (options.summary) {
     PrintSummary(request);
   }
-  return answer.IsRefusal() ? ModuleRefused : Done;
+  return answer.IsRefusal() || (options.strict && !formats.Found().empty()) ? ModuleRefused : Done;
 }
 
 }  // namespace
@@ -83,6 +90,7 @@ Run PrepareRecognize(CLI::App& arguments) {
   arguments.add_option("-o", options->output, "Replace OUT by the result; standard output when left out or -.")
       ->option_text("OUT");
   arguments.add_flag("--summary", options->summary, "Count the verdicts on standard error.");
+  arguments.add_flag("--strict", options->strict, "Exit with 1 when a record is of an unknown format version.");
   return [options] { return RecognizeRequest(*options); };
 }
 

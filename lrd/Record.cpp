@@ -3,6 +3,7 @@
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/DryRunLayer.h"
+#include "lrd/FormatWatch.h"
 #include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
 #include "lrd/XmlFile.h"
@@ -60,17 +61,24 @@ void TakeRecordsOfRequest(const Options& options, const Configuration& configura
 }
 
 ModuleAnswer UpdateRecords(const Options& options, const Configuration& configuration,
-                           const ZYMIDOMElement_var& response, const FileWatch& watch, const RecordMap& records) {
+                           const ZYMIDOMElement_var& response, const FileWatch& watch, const RecordMap& records,
+                           FormatWatch& formats) {
   const QELXIVARDOSRecognitionHandler_var handler =
       RecognitionHandlerFor(QELXVARDOSRecognitionFactory(), configuration, response, options.command);
+  handler->SetObserver(&formats);
   return CallModule("CreateOrUpdateLRD", "recording " + options.response, watch,
                     [&] { return handler->CreateOrUpdateLRD(response, records); });
 }
 
-int Report(const FileWatch& watch, const ModuleAnswer& answer) {
+int Report(const FileWatch& watch, const FormatWatch& formats, const ModuleAnswer& answer) {
   for (const std::string& path : watch.Settled()) {
     Print(path);
     Print("\n");
+  }
+  for (const auto& [path, version] : formats.Found()) {
+    if (watch.Settled().contains(path)) {
+      Complain(path, "takes the place of a record of the unknown format version \"" + version + "\"");
+    }
   }
   for (const auto& [path, reason] : watch.Failed()) {
     Complain(path, reason);
@@ -99,7 +107,9 @@ int RecordResponse(const Options& options) {
   } else {
     TakeRecordsOfRequest(options, configuration, request, watch, records);
   }
-  return Report(watch, UpdateRecords(options, configuration, response, watch, records));
+  FormatWatch replaced;
+  const ModuleAnswer answer = UpdateRecords(options, configuration, response, watch, records, replaced);
+  return Report(watch, replaced, answer);
 }
 
 }  // namespace

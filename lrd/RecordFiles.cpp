@@ -5,6 +5,8 @@
 #include <system_error>
 
 #include "lrd/HostError.h"
+#include "platform/QELVARDOSFileError.h"
+#include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSFileTransaction.h"
 #include "platform/QELVARDOSPath.h"
 #include "platform/QELXVARDOSCreoUtil.h"
@@ -40,21 +42,28 @@ bool IsNewer(std::string_view version, std::string_view other) {
 }
 
 struct Listing {
+  /// With those of which it is not known what they are.
   std::set<std::string> files;
   std::set<std::string> folders;
+  /// Links to folders, pipes, sockets, devices, links to nothing.
+  std::set<std::string> others;
   std::error_code error;
 };
+
+/// Whether the name stands for a file, or might: what cannot be looked at is left to the module to complain about.
+bool MayBeFile(const fs::directory_entry& entry) {
+  std::error_code error;
+  return entry.is_regular_file(error) || (error && !QELVARDOSFileLayer::MeansMissing(error, Text(entry.path())));
+}
 
 Listing List(const std::string& folder) {
   Listing listing;
   fs::directory_iterator entry(Native(folder), listing.error);
   for (; !listing.error && entry != fs::directory_iterator(); entry.increment(listing.error)) {
     std::error_code none;
-    if (entry->is_regular_file(none)) {
-      listing.files.insert(Text(entry->path().filename()));
-    } else if (entry->is_directory(none) && !entry->is_symlink(none)) {
-      listing.folders.insert(Text(entry->path().filename()));
-    }
+    const bool isFolder = entry->is_directory(none) && !entry->is_symlink(none);
+    std::set<std::string>& kind = isFolder ? listing.folders : MayBeFile(*entry) ? listing.files : listing.others;
+    kind.insert(Text(entry->path().filename()));
   }
   return listing;
 }
@@ -69,8 +78,37 @@ std::string Normal(const std::string& root) {
 
 bool IsRecordFolder(const std::string& path) { return QELVARDOSPath(path).GetFileName() == RecordFolder; }
 
+/// Why what has the name of a record folder cannot be one; nothing when it may, or when there is none.
+std::string FaultOf(const std::string& recordFolder) {
+  std::error_code error;
+  const fs::file_status itself = fs::symlink_status(Native(recordFolder), error);
+  if (itself.type() == fs::file_type::not_found) {
+    return "";
+  }
+  const fs::file_status behind = fs::status(Native(recordFolder), error);
+  if (behind.type() == fs::file_type::not_found) {
+    return fs::is_symlink(itself) ? "is a link to nothing" : ChangedMeanwhile();
+  }
+  if (fs::status_known(behind)) {
+    return fs::is_directory(behind) ? "" : "is no folder";
+  }
+  return error.message();
+}
+
 CadFolder WithRecords(const std::string& path, std::set<std::string> files) {
-  return {path, std::move(files), List(Join(path, RecordFolder)).files};
+  CadFolder folder{path, std::move(files), {}, {}, {}};
+  folder.recordFolderFault = FaultOf(folder.RecordFolderPath());
+  std::error_code none;
+  if (folder.recordFolderFault.empty() && fs::exists(Native(folder.RecordFolderPath()), none)) {
+    Listing listing = List(folder.RecordFolderPath());
+    folder.recordFolder = std::move(listing.files);
+    folder.strangers = std::move(listing.others);
+    folder.strangers.merge(listing.folders);
+    if (listing.error) {
+      folder.recordFolderFault = "cannot be listed: " + listing.error.message();
+    }
+  }
+  return folder;
 }
 
 }  // namespace
@@ -82,6 +120,8 @@ std::string Join(const std::string& folder, const std::string& name) {
 std::string RecordFileOf(const std::string& folder, const std::string& record) {
   return Join(Join(folder, RecordFolder), record + std::string(RecordSuffix));
 }
+
+std::string ChangedMeanwhile() { return make_error_code(QELVARDOSFileError::ChangedMeanwhile).message(); }
 
 std::string CadFolder::RecordFolderPath() const { return Join(path, RecordFolder); }
 

@@ -28,8 +28,12 @@ struct CadFolder {
   /// Empty for the working folder.
   std::string path;
   std::set<std::string> files;
-  /// What lies in the record folder.
+  /// The files in the record folder.
   std::set<std::string> recordFolder;
+  /// What else lies there: folders, pipes, sockets, devices, links to nothing.
+  std::set<std::string> strangers;
+  /// Why the record folder cannot be listed, or is none; empty when it can, or when there is none.
+  std::string recordFolderFault;
 
   std::string RecordFolderPath() const;
   /// The records by name: their files' names without ".xml". Temporary files are none.
@@ -37,6 +41,9 @@ struct CadFolder {
   /// From the name of a record, there or not, to the object file that it speaks of: the newest version.
   std::map<std::string, std::string> NewestObjectFiles(Naming naming) const;
 };
+
+/// What a place is called that was one thing at one look and another at the next.
+std::string ChangedMeanwhile();
 
 /// What is in one folder; empty when it cannot be listed.
 CadFolder ListCadFolder(const std::string& path);

@@ -15,26 +15,35 @@ namespace lrd {
 
 namespace {
 
-ZYMIDOMDocument_var TryParse(const std::string& file) {
-  ZYMIDOMDocument_var document;
-  MakeDocumentBuilder()->Parse(file, {}, {}, document);
-  return document;
-}
+/// What the module saw when it read a file.
+class Look : public QELVARDOSFileLayerFilter {
+ public:
+  Look() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
+  ~Look() override { Use(before_); }
 
-std::string WithoutFile(const std::string& message, const std::string& file) {
-  std::string reason = message.starts_with(file + ":") ? message.substr(file.size() + 1) : message;
-  return reason.substr(std::min(reason.find_first_not_of(' '), reason.size()));
-}
+  std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
+    error = Next().Read(path, bytes, atMost);
+    seen = bytes;
+    return error;
+  }
 
-RecordReading ExplainFailure(const std::string& file) {
-  std::string bytes;
-  if (const std::error_code error = QELVARDOSFileLayer::Current().Read(file, bytes, QELVARDOSFileLayer::AnySize)) {
-    return {nullptr, RecordFault::Unreadable, error.message()};
+  std::error_code error;
+  std::string seen;
+
+ private:
+  QELVARDOSFileLayer* before_;
+};
+
+RecordReading Fault(RecordFault fault, const std::string& reason) { return {nullptr, fault, reason}; }
+
+RecordReading ExplainFailure(const std::string& file, const Look& look) {
+  if (look.error) {
+    const bool isMissing = QELVARDOSFileLayer::MeansMissing(look.error, file);
+    return Fault(isMissing ? RecordFault::Missing : RecordFault::Unreadable, look.error.message());
   }
-  if (TryParse(file).IsNull()) {
-    return {nullptr, RecordFault::NotWellFormed, WithoutFile(QELVARDOSSystemUtils::LastError(), file)};
-  }
-  return {nullptr, RecordFault::Unreadable, "its entries are nested too deep"};
+  const std::string reason = WithoutFile(QELVARDOSSystemUtils::LastError(), file);
+  const bool hasPlace = !reason.empty() && reason.front() >= '0' && reason.front() <= '9';
+  return Fault(hasPlace ? RecordFault::NotWellFormed : RecordFault::Unreadable, reason);
 }
 
 /// The name of the first element that an entry of this kind must have and none of them may lack.
@@ -53,45 +62,54 @@ std::string MissingIn(const ZYMIDOMNodeList_var& entries, std::span<const char* 
   return "";
 }
 
-RecordReading ExplainIncompleteness(const std::string& file, const char* raised) {
+RecordReading ExplainIncompleteness(const std::string& file, const Look& look, const char* raised) {
   static constexpr std::array Required = {"phid", "objectChangeStamp", "ceStamp", "hashcode"};
-  if (const ZYMIDOMDocument_var document = TryParse(file)) {
-    for (const char* kind : {"object", "structure", "composition", "rel"}) {
-      ZYMIDOMNodeList_var entries;
-      document->getElementsByTagName(kind, entries);
-      const std::size_t count = std::string_view(kind) == "rel" ? 1 : Required.size();
-      if (const std::string name = MissingIn(entries, std::span(Required).first(count)); !name.empty()) {
-        return {nullptr, RecordFault::Incomplete, "<" + std::string(kind) + "> lacks the element <" + name + ">"};
-      }
+  ZYMIDOMDocument_var document;
+  MakeDocumentBuilder()->ParseContent(file, look.seen, {}, {}, document);
+  for (const char* kind : {"object", "structure", "composition", "rel"}) {
+    ZYMIDOMNodeList_var entries;
+    document->getElementsByTagName(kind, entries);
+    const std::size_t count = std::string_view(kind) == "rel" ? 1 : Required.size();
+    if (const std::string name = MissingIn(entries, std::span(Required).first(count)); !name.empty()) {
+      return Fault(RecordFault::Incomplete, "<" + std::string(kind) + "> lacks the element <" + name + ">");
     }
   }
-  return {nullptr, RecordFault::Incomplete, raised};
-}
-
-RecordReading ExplainAbsence(const std::string& file) {
-  const ZYMIDOMDocument_var document = TryParse(file);
-  const ZYMIDOMElement_var root = document.IsNull() ? nullptr : RootOf(document);
-  const std::string version = root.IsNull() ? "" : AttributeOf(root, "version");
-  if (!version.empty() && NameOf(root) == "object") {
-    return {nullptr, RecordFault::UnknownVersion, "unknown format version \"" + version + "\""};
-  }
-  return {nullptr, RecordFault::NoRecord, "holds no record"};
+  return Fault(RecordFault::Incomplete, raised);
 }
 
 }  // namespace
 
-RecordReader::RecordReader() { QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(nullptr, handler_); }
+std::string WithoutFile(const std::string& message, const std::string& file) {
+  const std::string reason = message.starts_with(file + ":") ? message.substr(file.size() + 1) : message;
+  return reason.substr(std::min(reason.find_first_not_of(' '), reason.size()));
+}
 
-RecordReading RecordReader::Read(const std::string& file) const {
+RecordReader::RecordReader() {
+  QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(nullptr, handler_);
+  handler_->SetObserver(this);
+}
+
+void RecordReader::UnknownFormat(const ZYMUnicodeString& /*recordFile*/, const ZYMUnicodeString& version) {
+  unknownVersion_ = version.Str();
+}
+
+RecordReading RecordReader::Read(const std::string& file) {
+  unknownVersion_.clear();
+  const Look look;
   try {
     QELXIVARDOSLRDObject_var record;
     if (FAILED(handler_->ReadLRDFile(file, record))) {
-      return ExplainFailure(file);
+      return ExplainFailure(file, look);
     }
-    return record.IsNull() ? ExplainAbsence(file) : RecordReading{record, RecordFault::None, ""};
+    if (record) {
+      return {record, RecordFault::None, ""};
+    }
   } catch (const ZYMNullHandleError& error) {
-    return ExplainIncompleteness(file, error.what());
+    return ExplainIncompleteness(file, look, error.what());
   }
+  return unknownVersion_.empty()
+             ? Fault(RecordFault::NoRecord, "holds no record")
+             : Fault(RecordFault::UnknownVersion, "unknown format version \"" + unknownVersion_ + "\"");
 }
 
 }  // namespace lrd

@@ -149,7 +149,7 @@ void PrintChildren(const QELXIVARDOSLRDObject_var& record, int depth) {
 }
 
 int ShowRecords(const Options& options) {
-  const RecordReader reader;
+  RecordReader reader;
   Viewer viewer;
   Json shown = Json::array();
   int status = Done;

@@ -42,7 +42,18 @@ const Word& WordFor(Verdict verdict) {
 }
 
 /// Why the module decided so: every reason there is.
-enum class Why { StampsAgree, FileNewer, FileOlder, NoStamp, NoTime, NoRecord, StrangeRecord, Damaged, FileGone };
+enum class Why {
+  StampsAgree,
+  FileNewer,
+  FileOlder,
+  NoStamp,
+  NoTime,
+  NoRecord,
+  StrangeRecord,
+  Damaged,
+  Unseen,
+  FileGone
+};
 
 const char* InWords(Why why) {
   static constexpr std::array Reasons = {"stamps agree",
@@ -53,6 +64,7 @@ const char* InWords(Why why) {
                                          "no record",
                                          "record file without a record of a known version",
                                          "record damaged",
+                                         "could not be looked at",
                                          "object file gone"};
   return Reasons.at(static_cast<std::size_t>(why));
 }
@@ -83,7 +95,7 @@ Why WhyDecided(const CadObject& object, const Explained& stamps) {
     case Verdict::Unknown:
       return object.hasRecord ? Why::StrangeRecord : Why::NoRecord;
     case Verdict::Damaged:
-      return Why::Damaged;
+      return object.isUnseen ? Why::Unseen : Why::Damaged;
     case Verdict::FileGone:
       break;
   }
@@ -92,7 +104,7 @@ Why WhyDecided(const CadObject& object, const Explained& stamps) {
 
 Explained Explain(const CadObject& object) {
   Explained explained;
-  if (object.verdict != Verdict::FileGone) {
+  if (object.verdict != Verdict::FileGone && !object.isUnseen) {
     explained.fileStamp = QELVARDOSPathUtils::GetModificationTime(QELVARDOSPath(object.path));
   }
   explained.recordStamp = SecondsOf(object.recordStamp);
@@ -196,27 +208,32 @@ void TakeFolder(const CadFolder& folder, Naming naming, Found& found) {
     const bool hasRecord = records.erase(record) > 0;
     if (hasRecord || !file.starts_with('.')) {
       found.objects.push_back(
-          {Join(folder.path, file), folder.path, file, record, hasRecord, Verdict::Unknown, {}, {}});
+          {Join(folder.path, file), folder.path, file, record, hasRecord, Verdict::Unknown, {}, false, {}});
     }
   }
   for (const std::string& record : records) {
-    found.orphans.push_back({Join(folder.path, record), folder.path, record, record, true, Verdict::FileGone, {}, {}});
+    found.orphans.push_back(
+        {Join(folder.path, record), folder.path, record, record, true, Verdict::FileGone, {}, false, {}});
   }
 }
 
 Found FindObjects(const Options& options, Naming naming, Progress& progress) {
   Found found;
+  const auto complain = [&](const std::string& path, const std::string& reason) {
+    progress.Hide();
+    Complain(path, reason);
+    found.isWhole = false;
+  };
   WalkCadFolders(
       options.folders,
       [&](const CadFolder& folder) {
         TakeFolder(folder, naming, found);
+        if (!folder.recordFolderFault.empty()) {
+          complain(folder.RecordFolderPath(), folder.recordFolderFault);
+        }
         progress.Tell(std::to_string(found.objects.size()) + " objects found");
       },
-      [&](const std::string& path, const std::string& reason) {
-        progress.Hide();
-        Complain(path, reason);
-        found.isWhole = false;
-      });
+      complain);
   return found;
 }
 
@@ -258,7 +275,8 @@ std::string Footer() {
   std::string text =
       "Every regular file below the folders counts as an object, but hidden files without a record and what lies in\n"
       "hidden folders. For \"CREO\" of part.prt.1, part.prt.2 ... only the newest counts.\n\n"
-      "Letters: E exists, M modified, ? unknown to the server, X damaged record, ! record whose object file is "
+      "Letters: E exists, M modified, ? unknown to the server, X damaged record, or one that could not be looked at, ! "
+      "record whose object file is "
       "gone.\n\n"
       "Reasons that --explain gives:\n";
   for (int why = 0; why <= static_cast<int>(Why::FileGone); ++why) {

@@ -78,7 +78,7 @@ class Recogniser {
     if (sound == objects.size()) {
       return sound;
     }
-    Blame(objects[sound]);
+    Blame(objects[sound], request[sound]);
     return sound + 1;
   }
 
@@ -89,6 +89,7 @@ class Recogniser {
     QELXIVARDOSRecognitionHandler_var handler;
     QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
     QELVARDOSSystemUtils::SetLastError("");
+    raised_ = false;
     // A person asks what the records say, also when the client would send this very command without them.
     QELXVARDOSRecognitionFactory().GetRecognitionHandler(CommandName, configuration_.object, request.Root(), handler);
     try {
@@ -96,21 +97,29 @@ class Recogniser {
       const std::size_t decided = request.Decided();
       return SUCCEEDED(status) ? count : decided - std::min<std::size_t>(decided, 1);
     } catch (const ZYMNullHandleError& error) {
-      QELVARDOSSystemUtils::SetLastError(error.what());
+      raised_ = true;
       return std::min(request.Decided(), count - 1);
     }
   }
 
-  void Blame(CadObject& object) const {
+  /// The module's own words tell what it met, but which element a record lacks.
+  void Blame(CadObject& object, const ZYMIDOMElement_var& element) {
     const std::string refusal = QELVARDOSSystemUtils::LastError();
     const std::string file = RecordFileOf(object.folder, object.record);
-    const std::string reason = reader_.Read(file).reason;
     object.verdict = Verdict::Damaged;
-    object.damage = reason.empty() ? refusal : file + ": " + reason;
+    object.isUnseen = !raised_ && AttributeOf(element, "status").empty();
+    object.damage = object.isUnseen ? refusal : file + ": " + (raised_ ? Lacks(file) : WithoutFile(refusal, file));
+  }
+
+  std::string Lacks(const std::string& file) {
+    const RecordReading reading = reader_.Read(file);
+    return reading.fault == RecordFault::Incomplete ? reading.reason : ChangedMeanwhile();
   }
 
   const Configuration& configuration_;
   RecordReader reader_;
+  /// Whether the last request ended because a record lacks what it must have.
+  bool raised_ = false;
 };
 
 }  // namespace

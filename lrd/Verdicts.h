@@ -25,7 +25,9 @@ struct CadObject {
   Verdict verdict = Verdict::Unknown;
   /// The stamp that the module found in the record; empty without one.
   std::string recordStamp;
-  /// Of a damaged record: what is wrong with it.
+  /// Of a damaged object: whether nothing is known of its record, since a place could not be looked at.
+  bool isUnseen = false;
+  /// Of a damaged object: the place and what is wrong there.
   std::string damage;
 };
 
