@@ -17,8 +17,8 @@ constexpr std::string_view HexDigits = "0123456789abcdef";
 constexpr std::size_t TemporaryLength = 32;
 constexpr std::size_t NumberDigits = 8;
 /// The digit behind the prefix.
-constexpr char Claimed = '1';
-constexpr char Unclaimed = '0';
+constexpr char Claimed = '0';
+constexpr char Unclaimed = 'f';
 
 void AppendHex(std::string& text, std::uint32_t value, std::size_t digits) {
   for (std::size_t left = digits; left > 0; --left) {
@@ -326,7 +326,7 @@ bool QELVARDOSFileTransaction::IsTemporaryName(std::string_view fileName) noexce
 }
 
 bool QELVARDOSFileTransaction::IsUnderClaim(std::string_view temporaryName) noexcept {
-  return temporaryName.substr(TemporaryPrefix.size()).starts_with(Claimed);
+  return !temporaryName.substr(TemporaryPrefix.size()).starts_with(Unclaimed);
 }
 
 std::error_code QELVARDOSReplaceFile(const std::string& path, std::string_view bytes) {

@@ -596,7 +596,7 @@ TEST_F(FileTest, what_a_dead_writer_left_goes_with_the_next_writing_and_what_a_l
   EXPECT_LE(leftOver.size(), 32U);
   EXPECT_FALSE(leftOver.ends_with(".xml"));
   std::string ofAnUnclaimedFolder = leftOver;
-  ofAnUnclaimedFolder[2] = '0';
+  ofAnUnclaimedFolder[2] = 'f';
   fs::copy_file(At(leftOver), At(ofAnUnclaimedFolder));
 
   const pid_t alive = StartStaging(At("file"));
