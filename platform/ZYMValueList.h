@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <memory>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// The framework's ordered list of values: the template behind the published list names. Positions count from 1. An
@@ -23,8 +24,10 @@ class ZYMValueList {
   ZYMValueList(std::initializer_list<Value> values) : values_(values) {}
   ZYMValueList(const ZYMValueList& other) : values_(other.values_) {}
   ZYMValueList(ZYMValueList&&) noexcept = default;
+  /// other may belong to what only this list holds: its values are copied before any of this one's goes.
   ZYMValueList& operator=(const ZYMValueList& other) {
-    values_ = other.values_;
+    std::vector<Value> values = other.values_;
+    values_.swap(values);
     index_.reset();
     return *this;
   }

@@ -106,8 +106,9 @@ void QELXVARDOSFullLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& ot
 void QELXVARDOSFullLRDObject::FindSubRecord(const char* className, QELXIVARDOSLRDObject_var& record) const {
   for (const QELXIVARDOSLRDObject_var& subRecord : subRecords_) {
     if (subRecord->IsAKindOf(className)) {
-      record = subRecord;
       Trace.Write("has ", className, subRecord);
+      // Last of all: the handle may have been the only one to this record.
+      record = subRecord;
       return;
     }
   }

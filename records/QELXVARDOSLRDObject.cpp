@@ -283,7 +283,9 @@ HRESULT QELXVARDOSLRDObject::CopyFromLRDObject(const QELXIVARDOSLRDObject_var& o
   recordFile_ = other->GetLRDFilePath();
   objectFile_ = other->GetObjectFilePath();
   writeFlag_ = other->GetWriteFlag();
-  children_ = other->GetChildren();
+  // The handle may lie among the children that are replaced, and be the last one to its record: they go last of all.
+  QELXIVARDOSLRDObject_varList children = other->GetChildren();
+  std::swap(children_, children);
   typeClasses_ = other->GetTypeClasses();
   selectedFlag_ = other->GetSelectedFlag();
   return step.Return(S_OK);

@@ -3,6 +3,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "component/QELXIVARDOSLRDXMLHandler.h"
@@ -120,6 +121,45 @@ TEST_F(ComponentTest, a_list_counts_from_one_and_passes_over_positions_out_of_ra
   EXPECT_EQ(list.Pop()->GetCadId(), "c");
   EXPECT_EQ(list.Peek()->GetCadId(), "b");
   EXPECT_EQ(CadIds(list), "b c a b ");
+}
+
+TEST_F(ComponentTest, lists_and_dictionaries_take_what_lies_in_themselves) {
+  Records list;
+  RecordMap map;
+  for (const char* cadId : {"a", "b", "c"}) {
+    const Record parent = Named(cadId);
+    parent->AddChild(Named(std::string("below ") + cadId));
+    list.Append(parent);
+    map.Insert(cadId, parent);
+  }
+  for (int count = 0; count < 9; ++count) {
+    list.Append(list.begin()[0]);
+    list.Prepend(list.begin()[2]);
+    list.InsertAt(2, list.begin()[1]);
+  }
+  list.AppendList(list);
+  EXPECT_EQ(list.Size(), 60);
+  for (const Record& record : std::as_const(list)) {
+    ASSERT_EQ(record->GetChildren().Size(), 1);
+  }
+
+  list.RemoveAll();
+  map.Insert("d", *map.Find("a"));
+  map.Insert(map.begin()->first, map.begin()->second);
+  map.Insert(*map.begin_key(), *map.Find("a"));
+  EXPECT_EQ(Keys(map), "c d a b ");
+  EXPECT_EQ(map["b"]->GetCadId(), "a");
+  map.Insert("c", *map["c"]->GetChildren().begin());
+  EXPECT_EQ(map["c"]->GetCadId(), "below c");
+  EXPECT_TRUE(map.Erase(map.begin()->first));
+  EXPECT_EQ(Keys(map), "a b c ");
+
+  // Only the list itself holds the record whose list it becomes.
+  list.Append(Named("parent"));
+  list[1]->AddChild(Named("child"));
+  list[1]->AddChild(Named("another"));
+  list = (*list.begin())->GetChildren();
+  EXPECT_EQ(CadIds(list), "child another ");
 }
 
 TEST_F(ComponentTest, locate_finds_the_first_equal_component_in_short_and_long_lists_whatever_changed_before) {

@@ -7,6 +7,7 @@
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TraceLines.h"
 
 namespace {
 
@@ -104,6 +105,46 @@ TEST_F(RecordTest, a_copy_takes_what_describes_the_object_and_neither_id_nor_rel
   EXPECT_TRUE(copy->GetChildren() == Records{child});
   EXPECT_EQ(copy->GetParentRelationships().Size() + copy->GetChildRelationships().Size(), 0);
   EXPECT_EQ(copy->GetRelatedChildren().Size(), 0);
+}
+
+TEST_F(RecordTest, a_record_may_be_handed_a_handle_that_lies_in_its_own_lists) {
+  const Record top = FullV4("<o phid='top'/>");
+  {
+    const Record child = FullV4("<o phid='child' macroceStamp='M' selected='true' cadorigin='O'/>");
+    child->AddTypeClass("TYPE");
+    child->AddChild(FullV4("<o phid='grandchild'/>"));
+    child->AddChild(FullV4("<o phid='another'/>"));
+    top->AddChild(child);
+    top->AddCompositionObject(Entry("sub", "sub"));
+  }
+  // Only the list that the copy replaces holds the child.
+  EXPECT_EQ(top->CopyFromLRDObject(*top->GetChildren().begin()), S_OK);
+  EXPECT_EQ(top->GetPhysicalId() + top->GetSelectedFlag() + Joined(top->GetTypeClasses()), "childtrueTYPE ");
+  EXPECT_EQ(Phids(top->GetChildren()), "grandchild another ");
+
+  const auto own = [&top]() -> const Record& { return *top->GetChildren().begin(); };
+  for (int count = 0; count < 9; ++count) {
+    top->AddChild(own());
+    top->AddChildRelationship(own());
+    top->AddRelatedChild(top->GetChildRelationships().begin()[count]);
+    top->AddParentRelationship(top->GetRelatedChildren().begin()[count]);
+    top->AddTypeClass(top->GetTypeClasses().begin()[count]);
+  }
+  EXPECT_EQ(top->GetChildren().Size(), 11);
+  EXPECT_EQ(Joined(top->GetTypeClasses()).size(), 10 * std::string("TYPE ").size());
+  top->UpdateLRDObjectFromXML(Tree("<o action='setcadorigin'/>"));
+  top->updateLRDObject(own());
+  EXPECT_EQ(top->GetPhysicalId() + top->GetCadOrigin(), "grandchildnull");
+  top->updateLRDObject(top);
+  EXPECT_EQ(top->CopyFromLRDObject(top), S_OK);
+  EXPECT_EQ(top->GetChildren().Size(), 11);
+
+  // The handle that receives the sub-record may be the last one to the record that is asked.
+  const TraceLines lines;
+  Record asked = FullV4("<o/>");
+  asked->AddCompositionObject(Entry("sub", "sub"));
+  EXPECT_EQ(asked->GetChildLRDObject(asked), S_OK);
+  EXPECT_EQ(asked->GetPhysicalId(), "sub");
 }
 
 TEST_F(RecordTest, an_update_takes_what_the_server_changes_down_to_the_sub_records) {
