@@ -3,17 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
-#include <memory>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 /// The framework's ordered list of values: the template behind the published list names. Positions count from 1. An
 /// index out of range reads as a default value (a null handle, an empty string); removing a position out of range does
-/// nothing.
-///
-/// Locate takes constant time on average however long the list is: a list that is asked more than once keeps an index
-/// of its values, which a change other than appending drops.
+/// nothing. Locate looks through the list: who asks a long one often keeps a set of its own.
 template <typename Value>
 class ZYMValueList {
  public:
@@ -22,13 +17,12 @@ class ZYMValueList {
 
   ZYMValueList() = default;
   ZYMValueList(std::initializer_list<Value> values) : values_(values) {}
-  ZYMValueList(const ZYMValueList& other) : values_(other.values_) {}
+  ZYMValueList(const ZYMValueList& other) = default;
   ZYMValueList(ZYMValueList&&) noexcept = default;
   /// other may belong to what only this list holds: its values are copied before any of this one's goes.
   ZYMValueList& operator=(const ZYMValueList& other) {
     std::vector<Value> values = other.values_;
     values_.swap(values);
-    index_.reset();
     return *this;
   }
   ZYMValueList& operator=(ZYMValueList&&) noexcept = default;
@@ -43,7 +37,6 @@ class ZYMValueList {
   void InsertAt(int position, const Value& value) {
     if (position >= 1 && position <= Size() + 1) {
       values_.insert(values_.begin() + (position - 1), value);
-      index_.reset();
     }
   }
   void Prepend(const Value& value) { InsertAt(1, value); }
@@ -55,16 +48,12 @@ class ZYMValueList {
     }
     Value last = std::move(values_.back());
     values_.pop_back();
-    index_.reset();
     return last;
   }
   Value Peek() const { return values_.empty() ? Value() : values_.back(); }
 
   /// The first position at or after from that holds an equal value; 0 when there is none.
   int Locate(const Value& value, int from = 1) const {
-    if (from == 1 && values_.size() > ScannedAtMost) {
-      return LocateByIndex(value);
-    }
     for (std::size_t at = static_cast<std::size_t>(std::max(from, 1)) - 1; at < values_.size(); ++at) {
       if (values_[at] == value) {
         return static_cast<int>(at) + 1;
@@ -76,13 +65,9 @@ class ZYMValueList {
   void RemovePosition(int position) {
     if (Holds(position)) {
       values_.erase(values_.begin() + (position - 1));
-      index_.reset();
     }
   }
-  void RemoveAll() {
-    values_.clear();
-    index_.reset();
-  }
+  void RemoveAll() { values_.clear(); }
   int Size() const noexcept { return static_cast<int>(values_.size()); }
   Value operator[](int position) const {
     return Holds(position) ? values_[static_cast<std::size_t>(position) - 1] : Value();
@@ -93,40 +78,17 @@ class ZYMValueList {
   void QuickSort(Comparison compare) {
     std::stable_sort(values_.begin(), values_.end(),
                      [compare](const Value& a, const Value& b) { return compare(a, b) < 0; });
-    index_.reset();
   }
 
-  iterator begin() {
-    index_.reset();
-    return values_.begin();
-  }
-  iterator end() { return values_.end(); }
+  iterator begin() noexcept { return values_.begin(); }
+  iterator end() noexcept { return values_.end(); }
   const_iterator begin() const noexcept { return values_.begin(); }
   const_iterator end() const noexcept { return values_.end(); }
 
   friend bool operator==(const ZYMValueList& a, const ZYMValueList& b) { return a.values_ == b.values_; }
 
  private:
-  struct Index {
-    std::unordered_map<Value, int> positions;
-    std::size_t covered = 0;
-  };
-
   bool Holds(int position) const noexcept { return position >= 1 && position <= Size(); }
 
-  int LocateByIndex(const Value& value) const {
-    if (index_ == nullptr) {
-      index_ = std::make_unique<Index>();
-    }
-    for (; index_->covered < values_.size(); ++index_->covered) {
-      index_->positions.try_emplace(values_[index_->covered], static_cast<int>(index_->covered) + 1);
-    }
-    const auto found = index_->positions.find(value);
-    return found == index_->positions.end() ? 0 : found->second;
-  }
-
-  static constexpr std::size_t ScannedAtMost = 16;
-
   std::vector<Value> values_;
-  mutable std::unique_ptr<Index> index_;
 };

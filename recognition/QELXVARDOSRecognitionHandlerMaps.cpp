@@ -1,6 +1,9 @@
 // The lookup maps of the handler: records by CAD id and by physical id, and where the record of an object may be found.
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPathUtils.h"
@@ -73,10 +76,15 @@ HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMap(const ZYMIDOMNode_var& node
                                                      RecordMap& cadidMap, ZYMUnicodeStringList skipList) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetCadidLRDMap");
   const ZYMUnicodeString cadName = CadName();
+  std::vector<std::string_view> skipped;
+  for (const ZYMUnicodeString& cadId : std::as_const(skipList)) {
+    skipped.push_back(cadId.View());
+  }
+  std::ranges::sort(skipped);
   const ObjectsOfTree objects(node);
   objects.ForEach([&](const ZYMIDOMElement_var& object) {
     const ZYMUnicodeString cadId = Attribute(object, Word::CadId);
-    if (skipList.Locate(cadId) != 0) {
+    if (std::ranges::binary_search(skipped, cadId.View())) {
       return;
     }
     const QELXVARDOSLRDFactory::Paths paths = QELXVARDOSLRDFactory().PathsOf(cadName, object);

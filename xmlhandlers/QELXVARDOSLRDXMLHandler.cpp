@@ -12,6 +12,7 @@
 #include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
+#include "xmlhandlers/CompositionMembers.h"
 #include "xmlhandlers/RecordFileWriter.h"
 #include "xmlhandlers/RecordFolder.h"
 
@@ -201,49 +202,12 @@ HRESULT QELXVARDOSLRDXMLHandler::PrepareComposition(const RecordMap& records) {
   return step.Return(S_OK);
 }
 
-HRESULT QELXVARDOSLRDXMLHandler::PrepareStructure(const ZYMIDOMNode_var& root, const RecordMap& records,
-                                                  const RecordMap& relationships) {
-  const Step step(Trace, "QELXVARDOSLRDXMLHandler::PrepareStructure");
-  const ZYMIDOMElement_var element(root);
-  if (element.IsNull()) {
-    return step.Return(S_OK);
-  }
-  ZYMIDOMNodeList_var found;
-  if (const HRESULT status = element->getElementsByTagName(Word::Structure, found); FAILED(status)) {
-    return step.Return(status);
-  }
-  ZYMIDOMNode_var first;
-  found->item(0, first);
-  const ZYMIDOMElement_var structure(first);
-  if (structure.IsNull()) {
-    return step.Return(S_OK);
-  }
-  HRESULT status = S_OK;
-  const auto buildBelow = [&](const ZYMIDOMElement_var& group) {
-    ForEachChild(group, [&](const ZYMIDOMNode_var& object) {
-      status = BuildStructureUnderNode(object, root, records, relationships);
-      return SUCCEEDED(status);
-    });
-  };
-  const ZYMIDOMElement_var active = FirstElement(structure, Word::Active);
-  const ZYMIDOMElement_var family = FirstElement(structure, Word::Family);
-  if (active.IsNull()) {
-    buildBelow(structure);
-  } else {
-    buildBelow(active);
-    if (family && SUCCEEDED(status)) {
-      buildBelow(family);
-    }
-  }
-  return step.Return(status);
-}
-
 /// Walks a structure depth first with a stack of its own, since its depth is the server's to choose. Every level knows
 /// the first "relationship" below it by the time it is left, so that no subtree is searched twice.
 class QELXVARDOSLRDXMLHandler::StructureWalk {
  public:
   StructureWalk(QELXVARDOSLRDXMLHandler& handler, const RecordMap& records, const RecordMap& relationships)
-      : handler_(handler), records_(records), relationships_(relationships) {}
+      : handler_(handler), records_(records), relationships_(relationships), members_(records) {}
 
   /// Links all that stands below top. Answers the first "relationship" below it, or null.
   ZYMIDOMElement_var Run(const ZYMIDOMNode_var& top) {
@@ -300,7 +264,7 @@ class QELXVARDOSLRDXMLHandler::StructureWalk {
 
   void LinkToParent(const Level& left) {
     Level& parent = levels_.back();
-    handler_.Link(ZYMIDOMElement_var(left.node), parent.node, left.relationship, records_, relationships_);
+    handler_.Link(ZYMIDOMElement_var(left.node), parent.node, left.relationship, records_, relationships_, members_);
     if (parent.relationship.IsNull()) {
       parent.relationship = left.relationship;
     }
@@ -318,8 +282,47 @@ class QELXVARDOSLRDXMLHandler::StructureWalk {
   QELXVARDOSLRDXMLHandler& handler_;
   const RecordMap& records_;
   const RecordMap& relationships_;
+  CompositionMembers members_;
   std::vector<Level> levels_;
 };
+
+HRESULT QELXVARDOSLRDXMLHandler::PrepareStructure(const ZYMIDOMNode_var& root, const RecordMap& records,
+                                                  const RecordMap& relationships) {
+  const Step step(Trace, "QELXVARDOSLRDXMLHandler::PrepareStructure");
+  const ZYMIDOMElement_var element(root);
+  if (element.IsNull()) {
+    return step.Return(S_OK);
+  }
+  ZYMIDOMNodeList_var found;
+  if (const HRESULT status = element->getElementsByTagName(Word::Structure, found); FAILED(status)) {
+    return step.Return(status);
+  }
+  ZYMIDOMNode_var first;
+  found->item(0, first);
+  const ZYMIDOMElement_var structure(first);
+  if (structure.IsNull()) {
+    return step.Return(S_OK);
+  }
+  // One walk for all of it, since it remembers what it looked up.
+  StructureWalk walk(*this, records, relationships);
+  const auto buildBelow = [&walk](const ZYMIDOMElement_var& group) {
+    ForEachChild(group, [&walk](const ZYMIDOMNode_var& object) {
+      walk.Run(object);
+      return true;
+    });
+  };
+  const ZYMIDOMElement_var active = FirstElement(structure, Word::Active);
+  const ZYMIDOMElement_var family = FirstElement(structure, Word::Family);
+  if (active.IsNull()) {
+    buildBelow(structure);
+  } else {
+    buildBelow(active);
+    if (family) {
+      buildBelow(family);
+    }
+  }
+  return step.Return(S_OK);
+}
 
 HRESULT QELXVARDOSLRDXMLHandler::BuildStructureUnderNode(const ZYMIDOMNode_var& node, const ZYMIDOMNode_var& /*outer*/,
                                                          const RecordMap& records, const RecordMap& relationships) {
@@ -339,13 +342,14 @@ HRESULT QELXVARDOSLRDXMLHandler::Build(const ZYMIDOMNode_var& object, const ZYMI
 HRESULT QELXVARDOSLRDXMLHandler::createRelationship(const ZYMIDOMNode_var& object, const ZYMIDOMNode_var& parent,
                                                     const RecordMap& records, const RecordMap& relationships) {
   const ZYMIDOMElement_var element(object);
+  CompositionMembers members(records);
   return Link(element, parent, element ? FirstElement(element, Word::Relationship) : ZYMIDOMElement_var(), records,
-              relationships);
+              relationships, members);
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::Link(const ZYMIDOMElement_var& object, const ZYMIDOMNode_var& parent,
                                       const ZYMIDOMElement_var& relationship, const RecordMap& records,
-                                      const RecordMap& relationships) {
+                                      const RecordMap& relationships, CompositionMembers& members) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::createRelationship");
   if (object.IsNull() || relationship.IsNull()) {
     return step.Return(S_OK);
@@ -385,12 +389,9 @@ HRESULT QELXVARDOSLRDXMLHandler::Link(const ZYMIDOMElement_var& object, const ZY
   Record composition;
   full->GetCompositionLRDObject(composition);
   if (composition) {
-    for (const ZYMUnicodeString& memberId : composition->GetCompositionList()) {
-      const Record member = records[memberId];
-      if (member->GetChildren().Locate(composition) == 0) {
-        member->AddChild(link);
-        member->AddChild(child);
-      }
+    for (const Record& member : members.Lacking(composition)) {
+      member->AddChild(link);
+      member->AddChild(child);
     }
   }
   return step.Return(S_OK);

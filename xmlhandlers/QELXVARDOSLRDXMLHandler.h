@@ -6,6 +6,8 @@
 #include "platform/QELIVARDOSGlobalConfigObject.h"
 #include "xmlhandlers/RecordFileReader.h"
 
+class CompositionMembers;
+
 /// The base of all XML handlers and the handler of plain commands: reads and writes record files, and turns the lists
 /// and the structure of a tree into linked records. A handler serves one call sequence of one caller.
 class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
@@ -85,7 +87,7 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   std::uint64_t LargestRecordFile() const;
   HRESULT Link(const ZYMIDOMElement_var& object, const ZYMIDOMNode_var& parent, const ZYMIDOMElement_var& relationship,
                const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records,
-               const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships);
+               const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships, CompositionMembers& members);
 
   QELIVARDOSGlobalConfigObject_var config_;
   ZYMIXMLDOMDocumentBuilder_var builder_;

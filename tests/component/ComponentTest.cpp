@@ -172,7 +172,12 @@ TEST_F(ComponentTest, locate_finds_the_first_equal_component_in_short_and_long_l
     }
     list.Append(nullptr);
     list.Append(records[1]);
+    const auto first = list.begin();
     EXPECT_EQ(list.Locate(records[1]), 2);
+    *first = records[1];
+    EXPECT_EQ(list.Locate(records[1]), 1);
+    EXPECT_EQ(list.Locate(records[0]), 0);
+    *first = records[0];
     EXPECT_EQ(list.Locate(records[1], 3), size + 2);
     EXPECT_EQ(list.Locate(nullptr), size + 1);
     EXPECT_EQ(list.Locate(Named("same")), 0);
