@@ -13,6 +13,7 @@
 #include "records/Dom.h"
 #include "records/FileStamp.h"
 #include "records/QELXVARDOSLRDConstants.h"
+#include "records/Steps.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
 namespace {
@@ -30,23 +31,24 @@ void Put(const Paths& found, ZYMUnicodeStringZYMUnicodeStringDico& paths) {
   found.PutInto(paths);
 }
 
-/// The records that a tree carries, by CAD id; none when no handler serves it.
-HRESULT ReadRecords(const QELIVARDOSGlobalConfigObject_var& config, const ZYMIDOMNode_var& node, RecordMap& records) {
+/// Who reads the records that a tree carries; null when nobody serves it.
+QELXIVARDOSLRDXMLHandler_var ReaderOf(const QELIVARDOSGlobalConfigObject_var& config, const ZYMIDOMNode_var& node) {
   QELXIVARDOSLRDXMLHandler_var handler;
   QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(config, node, handler);
-  return handler ? handler->GetLRDObjects(node, records) : S_OK;
+  return handler;
 }
 
 }  // namespace
 
 HRESULT QELXVARDOSRecognitionHandler::GetLRDMap(const ZYMIDOMNode_var& request, RecordMap& lrdMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetLRDMap");
-  RecordMap records;
-  HRESULT status = ReadRecords(config_, request, records);
-  if (SUCCEEDED(status)) {
-    status = GetCAdIdLRDExceptspecificTypes(records, lrdMap);
+  const QELXIVARDOSLRDXMLHandler_var reader = ReaderOf(config_, request);
+  if (reader.IsNull()) {
+    return step.Return(S_OK);
   }
-  return step.Return(status);
+  RecordMap records;
+  return step.Return(UntilFailure([&] { return reader->GetLRDObjects(request, records); },
+                                  [&] { return GetCAdIdLRDExceptspecificTypes(records, lrdMap); }));
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetCAdIdLRDExceptspecificTypes(const RecordMap& in, RecordMap& out) {
@@ -63,7 +65,8 @@ HRESULT QELXVARDOSRecognitionHandler::GetCAdIdLRDExceptspecificTypes(const Recor
 HRESULT QELXVARDOSRecognitionHandler::GetPhidLRDMap(const ZYMIDOMNode_var& node, RecordMap& phidMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetPhidLRDMap");
   RecordMap records;
-  const HRESULT status = ReadRecords(config_, node, records);
+  const QELXIVARDOSLRDXMLHandler_var reader = ReaderOf(config_, node);
+  const HRESULT status = reader ? reader->GetLRDObjects(node, records) : S_OK;
   if (SUCCEEDED(status)) {
     for (const RecordMap::Entry& entry : records) {
       phidMap.Insert(entry.second->GetPhysicalId(), entry.second);

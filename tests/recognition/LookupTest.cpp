@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,6 +9,7 @@
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TraceLines.h"
 
 namespace {
 
@@ -72,7 +74,8 @@ TEST_F(LookupTest, a_record_file_is_found_in_the_composition_or_at_the_first_par
        Rows<3>{{"familyid='none,none2' composerid='g,f'", "g", ""},
                {"familyid='unlisted,f' composerid='g' parentid='p,none'", "f", "p"},
                {"familyid='none2,f' parentid='none,p'", "f", "f"},
-               {"familyid='none,unlisted' parentid='none,p'", "", ""}}) {
+               {"familyid='none,unlisted' parentid='none,p'", "", ""},
+               {"familyid='f' parentid='unlisted,p'", "f", ""}}) {
     const ZYMIDOMElement_var child = Tree(Element("o", attributes));
     const auto name = [&](const ZYMUnicodeStringZYMUnicodeStringDico& paths) {
       const std::string file = paths["objectfile"].Str();
@@ -85,6 +88,20 @@ TEST_F(LookupTest, a_record_file_is_found_in_the_composition_or_at_the_first_par
     ZYMUnicodeStringZYMUnicodeStringDico parent;
     EXPECT_EQ(handler_->GetObjectFileLRDFileFromParent(child, nodes, parent), S_OK);
     EXPECT_EQ(name(parent), byParent) << attributes;
+  }
+}
+
+TEST_F(LookupTest, what_is_not_looked_at_opens_no_step) {
+  const TraceLines lines;
+  RecordMap records;
+  EXPECT_EQ(handler_->GetLRDMap(Tree("<unserved/>"), records), S_OK);
+  ZYMIDOMNode_varZYMUnicodeStringDico nodes;
+  ZYMUnicodeStringZYMUnicodeStringDico paths;
+  handler_->GetObjectFileLRDFileFromParent(Tree("<o familyid='f' parentid='unlisted'/>"), nodes, paths);
+  EXPECT_TRUE(lines.HasInOrder({"QELXVARDOSRecognitionHandler::GetLRDMap", "returns 0",
+                                "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent", "returns 0"}));
+  for (const std::string operation : {"GetCAdIdLRDExceptspecificTypes", "GetObjectFileLRDFileFromComposition"}) {
+    EXPECT_THAT(lines.all, testing::Not(testing::Contains("QELXVARDOSRecognitionHandler::" + operation)));
   }
 }
 
