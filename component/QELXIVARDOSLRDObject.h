@@ -83,7 +83,8 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   virtual HRESULT ComputeObjectChangeStamp(ZYMUnicodeString& stamp) = 0;
   /// The record as an element of a new document, nested records included. visited: the records whose XML is being built
   /// around this one; they are not nested again. A plain record without children leaves element as it was; every other
-  /// class sets it.
+  /// class sets it. E_FAIL when a record would stand deeper than 256 below the outermost one, which no file may hold;
+  /// QELVARDOSSystemUtils::LastError() then says so.
   virtual HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) = 0;
   /// A new document whose root is an empty "object" element.
   virtual HRESULT GetRootDocument(ZYMIDOMDocument_var& document) = 0;

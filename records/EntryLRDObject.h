@@ -32,9 +32,10 @@ class EntryLRDObject : public QELXVARDOSLRDObject {
 
   const ZYMUnicodeString& GetId() const override { return id_; }
 
-  HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& /*visited*/, ZYMIDOMElement_var& element) override {
+  HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) override {
     const QELVARDOSClientTraceStep step(EntryTrace(), Self::MetaObject()->IsA(), "GetXMLFormat");
-    return step.Return(WriteEntry(element, [](const ZYMIDOMDocument_var&, const ZYMIDOMElement_var&) { return S_OK; }));
+    return step.Return(
+        WriteEntry(visited, element, [](const ZYMIDOMDocument_var&, const ZYMIDOMElement_var&) { return S_OK; }));
   }
 
  protected:
@@ -42,11 +43,12 @@ class EntryLRDObject : public QELXVARDOSLRDObject {
 
   /// The entry with its core values; addLaterStamps adds what came after the first format, before the hash code.
   template <typename AddLaterStamps>
-  HRESULT WriteEntry(ZYMIDOMElement_var& element, const AddLaterStamps& addLaterStamps) {
+  HRESULT WriteEntry(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element,
+                     const AddLaterStamps& addLaterStamps) {
     ZYMIDOMDocument_var document;
     ZYMIDOMElement_var entry;
     return UntilFailure(
-        [&] { return StartElement(Self::ElementName(), document, entry); },
+        [&] { return BeginXML(visited, Self::ElementName(), document, entry); },
         [&] { return entry->setAttribute(Word::Id, id_); }, [&] { return AddPhysicalIdNode(document, entry); },
         [&] { return AddObjectChangeStampNode(document, entry); }, [&] { return AddCEStampNode(document, entry); },
         [&] { return addLaterStamps(document, entry); }, [&] { return AddHashcodeNode(document, entry); },
@@ -84,9 +86,9 @@ class EntryLRDObject_V1 : public Base {
 
   ZYMUnicodeString GetMacroCEStamp() const override { return macroCEStamp_; }
 
-  HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& /*visited*/, ZYMIDOMElement_var& element) override {
+  HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) override {
     const QELVARDOSClientTraceStep step(EntryTrace(), Self::MetaObject()->IsA(), "GetXMLFormat");
-    return step.Return(this->WriteEntry(element, [this](const auto& document, const auto& entry) {
+    return step.Return(this->WriteEntry(visited, element, [this](const auto& document, const auto& entry) {
       return this->AddMacroCEStampNode(document, entry);
     }));
   }
@@ -132,9 +134,9 @@ class EntryLRDObject_V4 : public Base {
   ZYMUnicodeString GetMacroCEStamp() const override { return macroCEStamp_; }
   ZYMUnicodeString GetXSStamp() const override { return xsStamp_; }
 
-  HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& /*visited*/, ZYMIDOMElement_var& element) override {
+  HRESULT GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) override {
     const QELVARDOSClientTraceStep step(EntryTrace(), Self::MetaObject()->IsA(), "GetXMLFormat");
-    return step.Return(this->WriteEntry(element, [this](const auto& document, const auto& entry) {
+    return step.Return(this->WriteEntry(visited, element, [this](const auto& document, const auto& entry) {
       return UntilFailure([&] { return this->AddMacroCEStampNode(document, entry); },
                           [&] { return this->AddXCADSyncroStampNode(document, entry); });
     }));

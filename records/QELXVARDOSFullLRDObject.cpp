@@ -62,7 +62,7 @@ HRESULT QELXVARDOSFullLRDObject::WriteObject(const QELXIVARDOSLRDObject_varList&
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var object;
   return UntilFailure(
-      [&] { return StartElement(Word::Object, document, object); }, [&] { return addVersion(object); },
+      [&] { return BeginXML(visited, Word::Object, document, object); }, [&] { return addVersion(object); },
       [&] { return AddPhysicalIdNode(document, object); }, [&] { return AddObjectChangeStampNode(document, object); },
       [&] { return AddCEStampNode(document, object); }, [&] { return addLaterStamps(document, object); },
       [&] { return AddHashcodeNode(document, object); }, [&] { return AppendChildren(visited, object, element); });

@@ -9,6 +9,7 @@
 #include "platform/ZYMFillDictionary.h"
 #include "records/Dom.h"
 #include "records/FileStamp.h"
+#include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/Steps.h"
 
@@ -102,10 +103,12 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
   const Step step(Trace, "QELXVARDOSLRDObject::GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var object;
+  if (const HRESULT status = BeginXML(visited, Word::Object, document, object); FAILED(status)) {
+    return step.Return(status);
+  }
   HRESULT status = UntilFailure(
-      [&] { return StartElement(Word::Object, document, object); }, [&] { return AddPhysicalIdNode(document, object); },
-      [&] { return AddObjectChangeStampNode(document, object); }, [&] { return AddCEStampNode(document, object); },
-      [&] { return AddHashcodeNode(document, object); });
+      [&] { return AddPhysicalIdNode(document, object); }, [&] { return AddObjectChangeStampNode(document, object); },
+      [&] { return AddCEStampNode(document, object); }, [&] { return AddHashcodeNode(document, object); });
 
   QELXIVARDOSLRDObject_varList path(visited);
   path.Append(QELXIVARDOSLRDObject_var(this));
@@ -127,8 +130,12 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
   return step.Return(status);
 }
 
-HRESULT QELXVARDOSLRDObject::StartElement(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
-                                          ZYMIDOMElement_var& root) const {
+HRESULT QELXVARDOSLRDObject::BeginXML(const QELXIVARDOSLRDObject_varList& visited, const ZYMUnicodeString& rootName,
+                                      ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) const {
+  if (visited.Size() > DeepestNesting) {
+    QELVARDOSSystemUtils::SetLastError("records are nested too deep");
+    return E_FAIL;
+  }
   if (unseen_) {
     QELVARDOSSystemUtils::SetLastError(objectFile_.ToString().Str() + ": " + unseen_.message());
     return E_FAIL;

@@ -88,12 +88,14 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   /// What the four above and their like in later formats do.
   HRESULT AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
                       const ZYMIDOMElement_var& parent);
-  /// What the XML of this record begins with: a new document with its document element. E_FAIL, and the last error
-  /// names the file, when the object's file could not be looked at: the record would say what is not known.
-  HRESULT StartElement(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) const;
   /// A new document with its document element.
   static HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                 ZYMIDOMElement_var& root);
+  /// The same for the XML of this record. Nothing is made, and the answer is E_FAIL with the reason as the last error,
+  /// when there are more records around it, visited, than a file can be nested deep, and when the object's file could
+  /// not be looked at: the record would say what is not known.
+  HRESULT BeginXML(const QELXIVARDOSLRDObject_varList& visited, const ZYMUnicodeString& rootName,
+                   ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) const;
 
   /// Takes the text of the first element of that name below element, as TakeTextOfFirst does; a missing element raises
   /// ZYMNullHandleError: a record file must have it.

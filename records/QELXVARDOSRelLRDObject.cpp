@@ -41,18 +41,18 @@ HRESULT QELXVARDOSRelLRDObject::Initialize(const ZYMIDOMNode_var& node) {
   return step.Return(S_OK);
 }
 
-HRESULT QELXVARDOSRelLRDObject::CreateRelElement(ZYMIDOMDocument_var& document, ZYMIDOMElement_var& rel) {
-  return UntilFailure([&] { return StartElement(Word::Rel, document, rel); },
+HRESULT QELXVARDOSRelLRDObject::CreateRelElement(const QELXIVARDOSLRDObject_varList& visited,
+                                                 ZYMIDOMDocument_var& document, ZYMIDOMElement_var& rel) {
+  return UntilFailure([&] { return BeginXML(visited, Word::Rel, document, rel); },
                       [&] { return rel->setAttribute(Word::Id, relUuid_); },
                       [&] { return AddPhysicalIdNode(document, rel); });
 }
 
-HRESULT QELXVARDOSRelLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& /*visited*/,
-                                             ZYMIDOMElement_var& element) {
+HRESULT QELXVARDOSRelLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
   const Step step(Trace, "QELXVARDOSRelLRDObject::GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var rel;
-  const HRESULT status = CreateRelElement(document, rel);
+  const HRESULT status = CreateRelElement(visited, document, rel);
   if (SUCCEEDED(status)) {
     element = rel;
   }
@@ -75,12 +75,12 @@ HRESULT QELXVARDOSRelLRDObject_V3::Initialize(const ZYMIDOMNode_var& node) {
   return step.Return(S_OK);
 }
 
-HRESULT QELXVARDOSRelLRDObject_V3::GetXMLFormat(const QELXIVARDOSLRDObject_varList& /*visited*/,
+HRESULT QELXVARDOSRelLRDObject_V3::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited,
                                                 ZYMIDOMElement_var& element) {
   const Step step(Trace, "QELXVARDOSRelLRDObject_V3::GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var rel;
-  HRESULT status = CreateRelElement(document, rel);
+  HRESULT status = CreateRelElement(visited, document, rel);
   if (FAILED(status)) {
     return step.Return(status);
   }

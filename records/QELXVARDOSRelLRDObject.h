@@ -22,7 +22,8 @@ class QELXVARDOSRelLRDObject : public QELXVARDOSLRDObject {
  protected:
   QELXVARDOSRelLRDObject() = default;
 
-  HRESULT CreateRelElement(ZYMIDOMDocument_var& document, ZYMIDOMElement_var& rel);
+  HRESULT CreateRelElement(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMDocument_var& document,
+                           ZYMIDOMElement_var& rel);
 
  private:
   ZYMUnicodeString relUuid_;

@@ -10,6 +10,7 @@
 #include "platform/ZYMCheckFailure.h"
 #include "platform/ZYMFillDictionary.h"
 #include "records/Dom.h"
+#include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/CompositionMembers.h"

@@ -7,6 +7,7 @@
 #include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "records/Dom.h"
+#include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
@@ -24,8 +25,6 @@ const ZYMUnicodeStringList ParserValues{"false"};
 
 ZYM_LOADED_AS(Tables)
 const ZYMUnicodeStringList RecordElements{Word::Object, Word::Structure, Word::Rel, Word::Composition};
-
-constexpr int DeepestNesting = 256;
 
 /// Whether a failure to read says what is wrong with a file that is there; after any other it is not known.
 bool SaysDamaged(const std::error_code& error) {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/QELVARDOSFileTransaction.h"
@@ -109,6 +110,72 @@ TEST_F(RecordFileTest, records_may_be_nested_256_deep) {
   }
   EXPECT_EQ(depth, 256);
   EXPECT_EQ(Status(Object("P", nested)), E_FAIL);
+}
+
+TEST_F(RecordFileTest, records_are_written_as_deep_as_they_can_be_read) {
+  using Maker = Record (*)();
+  const Maker full = [] { return FullV4("<o/>"); };
+  // A plain record nests what is to be written alone.
+  const Maker plain = [] {
+    Record record = Plain();
+    record->CopyFromLRDObject(FullV4("<o/>"));
+    return record;
+  };
+  for (const Maker make : {full, plain}) {
+    for (const auto& [depth, written] : {std::pair{256, true}, std::pair{257, false}, std::pair{10'000, false}}) {
+      const Record top = make();
+      Record last = top;
+      for (int made = 1; made < depth; ++made) {
+        const Record next = make();
+        last->AddChild(next);
+        last = next;
+      }
+      last->AddChild(Made<QELXVARDOSChildLRDObject_V4>("<o/>", ZYMUnicodeString("deepest")));
+      const std::string name = std::to_string(depth) + top->IsA();
+      top->SetLRDFilePath(QELVARDOSPath(folder_.At(name)));
+      ZYMIDOMElement_var element;
+      QELVARDOSSystemUtils::SetLastError("none");
+      EXPECT_EQ(top->GetXMLFormat({}, element), written ? S_OK : E_FAIL) << name;
+      EXPECT_EQ(QELVARDOSSystemUtils::LastError(), written ? "none" : "records are nested too deep");
+      handler_->WriteToFile(Records{top});
+      ASSERT_EQ(std::filesystem::exists(folder_.At(name)), written) << name;
+      Record read;
+      EXPECT_EQ(handler_->ReadLRDFile(folder_.At(name), read), written ? S_OK : E_FAIL) << name;
+      int deep = 0;
+      for (; read && read->GetChildren().Size() != 0; read = Record(read->GetChildren()[1])) {
+        ++deep;
+      }
+      EXPECT_EQ(deep, written ? 256 : 0);
+      EXPECT_EQ(written ? read->GetId() : "deepest", "deepest");
+    }
+    // A circle ends where it began; one that is longer ends like a chain.
+    for (const auto& [length, status] : {std::pair{257, S_OK}, std::pair{258, E_FAIL}}) {
+      const Record top = make();
+      Record last = top;
+      for (int made = 1; made < length; ++made) {
+        const Record next = make();
+        last->AddChild(next);
+        last = next;
+      }
+      last->AddChild(top);
+      ZYMIDOMElement_var element;
+      EXPECT_EQ(top->GetXMLFormat({}, element), status) << length << top->IsA();
+      last->CopyFromLRDObject(Plain());
+    }
+  }
+  const Records ancestors = [] {
+    Records all;
+    for (int depth = 0; depth <= 256; ++depth) {
+      all.Append(Plain());
+    }
+    return all;
+  }();
+  for (const Record& record : {Plain(), FullV4("<o/>"), Made<QELXVARDOSRelLRDObject_V3>("<o/>"),
+                               Made<QELXVARDOSChildLRDObject>("<o/>", ZYMUnicodeString("id"))}) {
+    ZYMIDOMElement_var element;
+    EXPECT_EQ(record->GetXMLFormat(ancestors, element), E_FAIL) << record->IsA();
+    EXPECT_TRUE(element.IsNull());
+  }
 }
 
 TEST_F(RecordFileTest, what_holds_no_record_leaves_the_handle_and_only_a_file_that_does_not_parse_is_a_failure) {
