@@ -26,6 +26,7 @@ const ZYMUnicodeString Empty;
 
 // The same step in the trace, whether the tree makes such a node at once or piece by piece.
 constexpr const char* CreateTextNodeStep = "QELXVARDOSLRDObject::CreateTextNode";
+constexpr const char* GetChildObjectStep = "QELXVARDOSLRDObject::GetChildObject";
 
 using PendingReleases = std::vector<QELXIVARDOSLRDObject_var>;
 
@@ -168,18 +169,23 @@ HRESULT QELXVARDOSLRDObject::CreateTextNode(const ZYMUnicodeString& tag, const Z
                                   [&] { return element->appendChild(text, appended); }));
 }
 
+HRESULT QELXVARDOSLRDObject::AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
+                                            const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+  if (const HRESULT status = parent->appendTextElement(tag, value); status != E_NOTIMPL) {
+    return Step(Trace, CreateTextNodeStep).Return(status);
+  }
+  ZYMIDOMElement_var added;
+  ZYMIDOMNode_var appended;
+  return UntilFailure([&] { return CreateTextNode(tag, value, document, added); },
+                      [&] { return parent->appendChild(added, appended); });
+}
+
 HRESULT QELXVARDOSLRDObject::AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
                                          const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
-  HRESULT status = parent->appendTextElement(tag, value);
-  if (status == E_NOTIMPL) {
-    ZYMIDOMElement_var added;
-    ZYMIDOMNode_var appended;
-    status = UntilFailure([&] { return CreateTextNode(tag, value, document, added); },
-                          [&] { return parent->appendChild(added, appended); });
-  } else {
-    Step(Trace, CreateTextNodeStep).Return(status);
+  const HRESULT status = AppendTextNode(tag, value, document, parent);
+  if (SUCCEEDED(status)) {
+    Trace.Write(tag, " node added with value : ", value);
   }
-  Trace.Write(tag, " node added with value : ", value);
   return status;
 }
 
@@ -240,10 +246,11 @@ HRESULT QELXVARDOSLRDObject::GetRootDocument(ZYMIDOMDocument_var& document) {
   return step.Return(status);
 }
 
-// Depth first with a stack of its own, since callers may build chains of any length. A record that was searched without
-// success is not searched again, so a record on its own path ends the search there and shared records cost nothing.
+// Depth first with a stack of its own, since callers may build chains of any length. The trace has a step for each
+// record that is asked, as if each asked its children in turn. A record that was searched without success is not
+// searched again, so a record on its own path ends the search there and shared records cost nothing.
 HRESULT QELXVARDOSLRDObject::GetChildObject(const ZYMUnicodeString& id, QELXIVARDOSLRDObject_var& record) {
-  const Step step(Trace, "QELXVARDOSLRDObject::GetChildObject");
+  const Step step(Trace, GetChildObjectStep);
   struct Position {
     QELXIVARDOSLRDObject_varList::const_iterator next;
     QELXIVARDOSLRDObject_varList::const_iterator end;
@@ -257,18 +264,25 @@ HRESULT QELXVARDOSLRDObject::GetChildObject(const ZYMUnicodeString& id, QELXIVAR
   while (!path.empty()) {
     if (path.back().next == path.back().end) {
       path.pop_back();
+      Step::Close(Trace, E_FAIL);
       continue;
     }
     const QELXIVARDOSLRDObject_var& child = *path.back().next++;
     if (child->GetId() == id) {
       record = child;
-      return step.Return(S_OK);
+      for (; !path.empty(); path.pop_back()) {
+        Step::Close(Trace, S_OK);
+      }
+      return S_OK;
     }
+    const Step asked(Trace, GetChildObjectStep);
     if (child->GetChildren().Size() != 0 && searched.insert(child.Get()).second) {
       path.push_back(below(*child));
+    } else {
+      asked.Return(E_FAIL);
     }
   }
-  return step.Return(E_FAIL);
+  return E_FAIL;
 }
 
 void QELXVARDOSLRDObject::AddChild(const ZYMBaseUnknown_var& child) {

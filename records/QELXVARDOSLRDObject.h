@@ -88,6 +88,9 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   /// What the four above and their like in later formats do.
   HRESULT AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
                       const ZYMIDOMElement_var& parent);
+  /// The same without a line in the trace.
+  HRESULT AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
+                         const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
   /// A new document with its document element.
   static HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                 ZYMIDOMElement_var& root);

@@ -88,7 +88,7 @@ HRESULT QELXVARDOSRelLRDObject_V3::GetXMLFormat(const QELXIVARDOSLRDObject_varLi
     childPhid_ = children_[1]->GetPhysicalId();
   }
   if (!childPhid_.IsEmpty()) {
-    status = AddTextNode(Word::ChildPhid, childPhid_, document, rel);
+    status = AppendTextNode(Word::ChildPhid, childPhid_, document, rel);
   }
   if (SUCCEEDED(status)) {
     element = rel;

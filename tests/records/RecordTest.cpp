@@ -230,6 +230,35 @@ TEST_F(RecordTest, a_child_is_found_by_its_id_depth_first_parents_before_childre
   EXPECT_EQ(Found(y, "y"), "") << "not the record itself";
 }
 
+TEST_F(RecordTest, a_search_traces_a_step_for_each_record_that_it_asks) {
+  const Record top = Entry("top");
+  const Record a = Entry("a");
+  const Record b = Entry("b");
+  top->AddChild(a);
+  top->AddChild(b);
+  a->AddChild(Entry("c"));
+  a->AddChild(top);
+  b->AddChild(a);
+  // "(" for a step, ")" for its end with success, "!" for its end without.
+  const auto traced = [&top](const std::string& id) {
+    const TraceLines lines;
+    Found(top, id);
+    std::string steps;
+    for (const std::string& line : lines.all) {
+      steps += line == "QELXVARDOSLRDObject::GetChildObject" ? '('
+               : line == "returns 0"                         ? ')'
+               : line == "returns -2147467259"               ? '!'
+                                                             : '?';
+    }
+    return steps;
+  };
+  EXPECT_EQ(traced("a"), "()");
+  EXPECT_EQ(traced("c"), "(())");
+  EXPECT_EQ(traced("b"), "(((!(!!)") << "behind the records below a, one of them on its own path";
+  EXPECT_EQ(traced("none"), "(((!(!!((!!!") << "a record that was searched without success answers so at once";
+  a->CopyFromLRDObject(Plain());
+}
+
 TEST_F(RecordTest, a_search_ends_in_circles_and_does_not_mind_depth) {
   const Record a = Entry("a", "a");
   const Record b = Entry("b", "b");
