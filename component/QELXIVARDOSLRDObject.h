@@ -13,7 +13,7 @@
 /// decimal strings of whole seconds since 1970-01-01 UTC. Handing in a null record raises ZYMNullHandleError where its
 /// fields are needed. Operations with a status answer 0 unless a DOM step fails; then they answer the DOM's status.
 class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(QELXIVARDOSLRDObject);
+  ZYM_DECLARE_INTERFACE(QELXIVARDOSLRDObject, "{58AF0FFD-4BFB-4675-BAFC-5F3DB3CBBE2C}");
 
  public:
   /// Reads the record from its element in a record file. Raises ZYMNullHandleError when an element that the record must

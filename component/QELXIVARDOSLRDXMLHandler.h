@@ -6,7 +6,7 @@
 
 /// Reads record files and turns the trees of commands and server responses into records.
 class ZYM_EXPORT QELXIVARDOSLRDXMLHandler : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(QELXIVARDOSLRDXMLHandler);
+  ZYM_DECLARE_INTERFACE(QELXIVARDOSLRDXMLHandler, "{32BA92C8-E5E3-4342-9D70-7A24668122E0}");
 
  public:
   /// Reads a record file with its nested records. E_FAIL when it is missing, does not parse or is nested deeper than

@@ -12,7 +12,7 @@
 /// "Objects" below are the element children of the first "cadobjectlist" below the first "info", or below the node
 /// itself where there is no "info".
 class ZYM_EXPORT QELXIVARDOSRecognitionHandler : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(QELXIVARDOSRecognitionHandler);
+  ZYM_DECLARE_INTERFACE(QELXIVARDOSRecognitionHandler, "{B23B6ADF-9285-42B6-9EBD-C352A317BA7A}");
 
  public:
   /// Writes the verdict ("status": "EXISTS", "MODIFIED" or "UNKNOWN"), the remembered stamps and the format version

@@ -7,7 +7,7 @@
 
 /// What the client tells the module about the CAD system and its object types. The client implements it.
 class ZYM_EXPORT QELIVARDOSGlobalConfigObject : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(QELIVARDOSGlobalConfigObject);
+  ZYM_DECLARE_INTERFACE(QELIVARDOSGlobalConfigObject, "{167F9DA2-90A5-4199-ABB4-F0325C945D85}");
 
  public:
   /// "CREO" for Creo.

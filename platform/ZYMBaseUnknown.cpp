@@ -87,13 +87,13 @@ bool ZYMBaseUnknown::IsEqual(const ZYMBaseUnknown* other) const { return this ==
 HRESULT ZYMBaseUnknown::ChangeComponentState(std::int32_t /*from*/, std::int32_t /*to*/) { return S_OK; }
 
 const ZYMGuid& ZYMBaseUnknown::ClassId() {
-  static constexpr ZYMGuid Id("{6F1D2C40-8E0B-4B57-9C3A-2D5E7A90B1F4}");
+  static constexpr ZYMGuid Id = InterfaceId;
   return Id;
 }
 
-const char* ZYMBaseUnknown::ClassName() { return "ZYMBaseUnknown"; }
+const char* ZYMBaseUnknown::ClassName() { return InterfaceName; }
 
 ZYMMetaObject* ZYMBaseUnknown::MetaObject() {
-  static const ZYMRegisteredMetaObject Meta("ZYMBaseUnknown", nullptr, &ZYMBaseUnknown::ClassId());
+  static const ZYMRegisteredMetaObject Meta(InterfaceName, nullptr, &ZYMBaseUnknown::ClassId());
   return Meta.Get();
 }

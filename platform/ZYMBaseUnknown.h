@@ -42,6 +42,8 @@ class ZYM_EXPORT ZYMBaseUnknown {
   virtual bool IsEqual(const ZYMBaseUnknown* other) const;
   virtual HRESULT ChangeComponentState(std::int32_t from, std::int32_t to);
 
+  static constexpr ZYMGuid InterfaceId{"{6F1D2C40-8E0B-4B57-9C3A-2D5E7A90B1F4}"};
+  static constexpr const char* InterfaceName = "ZYMBaseUnknown";
   static const ZYMGuid& ClassId();
   static const char* ClassName();
   static ZYMMetaObject* MetaObject();
@@ -56,14 +58,18 @@ class ZYM_EXPORT ZYMBaseUnknown {
   std::uint32_t references_ = 1;
 };
 
-/// For the body of a published interface: its identity, its name and its meta-object.
-#define ZYM_DECLARE_INTERFACE(Name)              \
- public:                                         \
-  static const ZYMGuid& ClassId();               \
-  static const char* ClassName();                \
-  static ZYMMetaObject* MetaObject();            \
-  ZYMMetaObject* GetMetaObject() const override; \
-  const char* IsA() const override;              \
+/// For the body of a published interface: its identity, its name and its meta-object. Identity and name are values in
+/// the header too, so that a host narrows handles to an interface of a module that it only loads; what is a function
+/// belongs to the library that holds the interface.
+#define ZYM_DECLARE_INTERFACE(Name, guid)             \
+ public:                                              \
+  static constexpr ZYMGuid InterfaceId{guid};         \
+  static constexpr const char* InterfaceName = #Name; \
+  static const ZYMGuid& ClassId();                    \
+  static const char* ClassName();                     \
+  static ZYMMetaObject* MetaObject();                 \
+  ZYMMetaObject* GetMetaObject() const override;      \
+  const char* IsA() const override;                   \
   bool IsAKindOf(const char* className) const override
 
 /// For the body of an implementation class: it answers the kind test from its own meta-object.

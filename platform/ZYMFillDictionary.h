@@ -41,12 +41,12 @@ using ZYMDictionaryObserver = void (*)(ZYMDictionaryEvent event, const char* nam
 ZYM_EXPORT ZYMDictionaryObserver ZYMObserveDictionary(ZYMDictionaryObserver observer);
 
 /// The bodies that ZYM_DECLARE_INTERFACE declares.
-#define ZYM_DEFINE_INTERFACE(Name, Base, guid)                                                \
+#define ZYM_DEFINE_INTERFACE(Name, Base)                                                      \
   const ZYMGuid& Name::ClassId() {                                                            \
-    static constexpr ZYMGuid Id(guid);                                                        \
+    static constexpr ZYMGuid Id = Name::InterfaceId;                                          \
     return Id;                                                                                \
   }                                                                                           \
-  const char* Name::ClassName() { return #Name; }                                             \
+  const char* Name::ClassName() { return Name::InterfaceName; }                               \
   ZYMMetaObject* Name::MetaObject() {                                                         \
     static_assert(std::is_base_of_v<Base, Name>, "the meta-object's parent is the C++ base"); \
     static const ZYMRegisteredMetaObject Meta(#Name, Base::MetaObject(), &Name::ClassId());   \

@@ -50,7 +50,7 @@ class ZYMHandle {
 
   Interface* operator->() const {
     if (component_ == nullptr) {
-      ZYMRaiseNullHandle(Interface::ClassName());
+      ZYMRaiseNullHandle(Interface::InterfaceName);
     }
     return component_;
   }
@@ -80,8 +80,10 @@ class ZYMHandle {
       component->AddRef();
       return component;
     } else {
+      // A value of its own, so that narrowing needs no symbol of the library that holds the interface.
+      constexpr ZYMGuid Id = Interface::InterfaceId;
       void* narrowed = nullptr;
-      if (FAILED(component->QueryInterface(Interface::ClassId(), &narrowed))) {
+      if (FAILED(component->QueryInterface(Id, &narrowed))) {
         return nullptr;
       }
       return static_cast<Interface*>(static_cast<ZYMBaseUnknown*>(narrowed));

@@ -30,7 +30,7 @@ using ZYMIDOMNodeList_var = ZYMHandle<ZYMIDOMNodeList>;
 using ZYMIXMLDOMDocumentBuilder_var = ZYMHandle<ZYMIXMLDOMDocumentBuilder>;
 
 class ZYM_EXPORT ZYMIDOMNode : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(ZYMIDOMNode);
+  ZYM_DECLARE_INTERFACE(ZYMIDOMNode, "{C1E5B0A4-2F63-4D8A-9B17-6A0E3D5F7C21}");
 
  public:
   /// An element's tag; "#document", "#text", "#comment", "#cdata-section"; the target of a processing instruction; the
@@ -48,7 +48,7 @@ class ZYM_EXPORT ZYMIDOMNode : public ZYMBaseUnknown {
 };
 
 class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
-  ZYM_DECLARE_INTERFACE(ZYMIDOMElement);
+  ZYM_DECLARE_INTERFACE(ZYMIDOMElement, "{8D4F72E9-B13C-4A06-A5D8-1F9C60E27B34}");
 
  public:
   /// The elements of that name below this one, this one left out, in document order. Asking for the first item looks no
@@ -74,11 +74,11 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
 };
 
 class ZYM_EXPORT ZYMIDOMText : public ZYMIDOMNode {
-  ZYM_DECLARE_INTERFACE(ZYMIDOMText);
+  ZYM_DECLARE_INTERFACE(ZYMIDOMText, "{47A9C3D1-60E8-4F5B-8C2E-D37B1A94F056}");
 };
 
 class ZYM_EXPORT ZYMIDOMDocument : public ZYMIDOMNode {
-  ZYM_DECLARE_INTERFACE(ZYMIDOMDocument);
+  ZYM_DECLARE_INTERFACE(ZYMIDOMDocument, "{E26B805F-7D1A-4C93-B04F-95C8A3612D7E}");
 
  public:
   /// null while the document has no root element.
@@ -90,7 +90,7 @@ class ZYM_EXPORT ZYMIDOMDocument : public ZYMIDOMNode {
 };
 
 class ZYM_EXPORT ZYMIDOMNodeList : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(ZYMIDOMNodeList);
+  ZYM_DECLARE_INTERFACE(ZYMIDOMNodeList, "{0F93D6B8-A425-4E71-9D6C-B8E5172F40CA}");
 
  public:
   /// index from 0.
@@ -100,7 +100,7 @@ class ZYM_EXPORT ZYMIDOMNodeList : public ZYMBaseUnknown {
 
 /// Makes, reads and writes documents.
 class ZYM_EXPORT ZYMIXMLDOMDocumentBuilder : public ZYMBaseUnknown {
-  ZYM_DECLARE_INTERFACE(ZYMIXMLDOMDocumentBuilder);
+  ZYM_DECLARE_INTERFACE(ZYMIXMLDOMDocumentBuilder, "{B7520CE3-194D-48AF-8E3B-2C6D9F01A58B}");
 
  public:
   virtual HRESULT CreateDocument(ZYMIDOMDocument_var& document) = 0;

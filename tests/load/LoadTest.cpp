@@ -9,9 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "component/QELXIVARDOSLRDXMLHandler.h"
+#include "component/QELXIVARDOSRecognitionHandler.h"
 #include "platform/ZYMBaseUnknown.h"
 #include "platform/ZYMFillDictionary.h"
 #include "platform/ZYMHandle.h"
+#include "tests/support/Trees.h"
 
 namespace {
 
@@ -102,6 +105,33 @@ TEST_F(Load, CreatesTheHandlerByNameWhileItIsThere) {
   EXPECT_EQ(dlclose(module), 0);
   EXPECT_EQ(ZYMCreateByName(Handler), nullptr);
   EXPECT_EQ(ZYMFindMetaObject(HandlerInterface), nullptr);
+}
+
+TEST_F(Load, TheHandlerServesAHostThatLinksThePlatformAlone) {
+  const std::int64_t living = ZYMBaseUnknown::LivingComponents();
+  void* module = dlopen(LRD_MODULE, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(module, nullptr) << dlerror();
+  {
+    const auto component = ZYMBaseUnknown_var::Adopt(ZYMCreateByName(Handler));
+    const QELXIVARDOSRecognitionHandler_var handler(component);
+    ASSERT_FALSE(handler.IsNull());
+    EXPECT_TRUE(QELXIVARDOSLRDXMLHandler_var(component).IsNull());
+
+    const ZYMIDOMElement_var request = Tree("<command><cadobjectlist><cadobject phid='1'/></cadobjectlist></command>");
+    QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
+    EXPECT_EQ(handler->Recognize(request, records), S_OK);
+    EXPECT_EQ(Show(Tagged(request, "cadobject"), {"status"}), "status=EXISTS");
+
+    // The error says which interface was missed, also when the host has nothing but the headers of it.
+    EXPECT_THAT([&] { records["none"]->GetPhysicalId(); },
+                testing::ThrowsMessage<ZYMNullHandleError>(testing::HasSubstr("QELXIVARDOSLRDObject")));
+    EXPECT_THAT([&] { QELXIVARDOSRecognitionHandler_var()->GetLRDMap(request, records); },
+                testing::ThrowsMessage<ZYMNullHandleError>(testing::HasSubstr(HandlerInterface)));
+  }
+  EXPECT_EQ(ZYMBaseUnknown::LivingComponents(), living);
+  EXPECT_EQ(dlclose(module), 0);
+  EXPECT_EQ(dlopen(LRD_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr)
+      << "what the host used keeps the module in the process";
 }
 
 }  // namespace
