@@ -82,10 +82,11 @@ RequestRelationships::RequestRelationships(const ZYMIDOMNode_var& request) {
     }
     return true;
   });
-  chains_.resize(std::bit_ceil(entries_.size()));
+  untouched_.resize(std::bit_ceil(entries_.size()));
+  emptied_.resize(untouched_.size());
   for (Number number = 1; number <= entries_.size(); ++number) {
     Entry& entry = entries_[number - 1];
-    entry.next = std::exchange(ChainOf(entry.hash), number);
+    entry.next = std::exchange(ChainOf(untouched_, entry.hash), number);
   }
 }
 
@@ -97,20 +98,28 @@ void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) {
   }
 }
 
-// What has a physical id now leaves its chain, so that however many records and relationships share one id, each is
-// completed once.
 void RequestRelationships::Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId) {
+  CompleteThoseIn(untouched_, id, physicalId);
+  if (!physicalId.IsEmpty()) {
+    CompleteThoseIn(emptied_, id, physicalId);
+  }
+}
+
+// What is completed leaves its chain, so that nobody walks past it again.
+void RequestRelationships::CompleteThoseIn(Chains& chains, const ZYMUnicodeString& id,
+                                           const ZYMUnicodeString& physicalId) {
   const std::uint32_t hash = HashOf(id);
-  for (Number* link = &ChainOf(hash); *link != 0;) {
-    Entry& entry = entries_[*link - 1];
-    const bool found = entry.hash == hash && Attribute(entry.element, Word::RelUuid) == id;
-    if (found) {
-      entry.element->setAttribute(Word::Phid, physicalId);
-    }
-    if (found && !physicalId.IsEmpty()) {
-      *link = entry.next;
-    } else {
+  for (Number* link = &ChainOf(chains, hash); *link != 0;) {
+    const Number number = *link;
+    Entry& entry = entries_[number - 1];
+    if (entry.hash != hash || Attribute(entry.element, Word::RelUuid) != id) {
       link = &entry.next;
+      continue;
+    }
+    entry.element->setAttribute(Word::Phid, physicalId);
+    *link = entry.next;
+    if (physicalId.IsEmpty()) {
+      entry.next = std::exchange(ChainOf(emptied_, hash), number);
     }
   }
 }

@@ -73,7 +73,8 @@ class ParentRecord {
   std::optional<RecordIndex> relatedChildren_;
 };
 
-/// The relationships of a request that have no physical id, by their "reluuid".
+/// The relationships of a request that have no physical id, by their "reluuid". However many relationships and records
+/// share one id, each relationship is completed twice at most: with an empty physical id, and with one that is not.
 class RequestRelationships {
  public:
   explicit RequestRelationships(const ZYMIDOMNode_var& request);
@@ -89,12 +90,16 @@ class RequestRelationships {
     std::uint32_t hash;
     Number next;
   };
-  Number& ChainOf(std::uint32_t hash) { return chains_[hash & (chains_.size() - 1)]; }
+  // As many as a power of two.
+  using Chains = std::vector<Number>;
+  static Number& ChainOf(Chains& chains, std::uint32_t hash) { return chains[hash & (chains.size() - 1)]; }
   void Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId);
+  void CompleteThoseIn(Chains& chains, const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId);
 
   std::vector<Entry> entries_;
-  // A power of two.
-  std::vector<Number> chains_;
+  Chains untouched_;
+  // Completed with an empty physical id so far: only another one changes them.
+  Chains emptied_;
 };
 
 /// What the objects of one Recognize share. Nothing of it outlives the call.

@@ -214,6 +214,27 @@ TEST_F(RecognizeTest, empty_physical_ids_of_relationships_are_filled_from_own_re
   EXPECT_EQ(Text(Tagged(request, "relationshiplist", 1)), "<relationshiplist><r reluuid=\"1\"/></relationshiplist>");
 }
 
+TEST_F(RecognizeTest, relationships_that_share_an_id_are_each_emptied_once) {
+  constexpr int Count = 300;
+  std::string asked;
+  std::string known;
+  for (int number = 0; number < Count; ++number) {
+    asked += "<r reluuid='1'/>";
+    known += Rel("1", "");
+  }
+  folder_.PutFile("a.prt", 1);
+  folder_.PutRecord("a.prt", RecordV4("A", "1", known));
+  const ZYMIDOMElement_var request =
+      FailingDom::Wrap(Request(Object("a"), "<relationshiplist>" + asked + "</relationshiplist>"));
+  {
+    const FailingDom dom(50 * Count);
+    Recognized(request);
+    EXPECT_FALSE(dom.HasFailed()) << "the calls of the tree grow faster than the request";
+  }
+  const ZYMIDOMElement_var list = Tagged(FailingDom::Inner(request), "relationshiplist");
+  EXPECT_EQ(Show(Tagged(list, "r", 0), {"phid"}) + Show(Tagged(list, "r", Count - 1), {"phid"}), "phid=phid=");
+}
+
 TEST_F(RecognizeTest, a_damaged_record_ends_the_call_behind_its_object_and_the_handler_stays_usable) {
   for (const char* name : {"good.prt", "bad.prt", "last.prt"}) {
     folder_.PutFile(name, 1);
