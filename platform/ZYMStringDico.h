@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/ZYMKeyedHash.h"
 #include "platform/ZYMUnicodeString.h"
 
 /// The framework's dictionary from a string to a value: the template behind the published Dico names. Iteration follows
@@ -125,5 +126,5 @@ class ZYMStringDico {
 
  private:
   Entries entries_;
-  std::unordered_map<std::string_view, iterator> places_;
+  std::unordered_map<std::string_view, iterator, ZYMKeyedHash> places_;
 };

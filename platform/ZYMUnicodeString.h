@@ -10,6 +10,7 @@
 
 #include "platform/HRESULT.h"
 #include "platform/ZYMExport.h"
+#include "platform/ZYMKeyedHash.h"
 
 /// The framework's string: UTF-8 inside, empty by default. Length and order count bytes.
 class ZYM_EXPORT ZYMUnicodeString {
@@ -65,7 +66,5 @@ class ZYM_EXPORT ZYMUnicodeString {
 
 template <>
 struct std::hash<ZYMUnicodeString> {
-  std::size_t operator()(const ZYMUnicodeString& string) const noexcept {
-    return std::hash<std::string_view>()(string.View());
-  }
+  std::size_t operator()(const ZYMUnicodeString& string) const { return ZYMKeyedHash()(string.View()); }
 };

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/QELVARDOSFileLayer.h"
+#include "platform/ZYMKeyedHash.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
 #include "records/Dom.h"
@@ -49,7 +50,7 @@ class RecordIndex {
   QELXIVARDOSLRDObject_var FindLast(const QELXIVARDOSLRDObject_varList& wanted) const;
 
  private:
-  std::unordered_map<std::string_view, QELXIVARDOSLRDObject_var> records_;
+  std::unordered_map<std::string_view, QELXIVARDOSLRDObject_var, ZYMKeyedHash> records_;
 };
 
 /// A record file that other objects may stand in, read at most once. Its entries are indexed when they are first asked
@@ -168,7 +169,7 @@ class QELXVARDOSRecognitionHandler::RecognizeCall {
   ZYMHandle<QELXVARDOSRecognitionHandlerNoLRD> byPhysicalId_;
   Object object_;
   std::optional<Doubt> doubt_;
-  std::unordered_map<std::string, ParentFile> parents_;
+  std::unordered_map<std::string, ParentFile, ZYMKeyedHash> parents_;
   ParentRecord own_;
   ParentRecord* parent_ = nullptr;
   std::optional<RequestRelationships> relationships_;
