@@ -1,49 +1,80 @@
 #include "lrd/DryRunLayer.h"
 
+#include <utility>
+#include <vector>
+
 #include "lrd/HostSystem.h"
-#include "platform/QELVARDOSPath.h"
 
 namespace lrd {
 
 namespace {
 
+using Kind = QELVARDOSFileFacts::Kind;
+
 std::error_code Refusal(std::errc reason) { return std::make_error_code(reason); }
 
-std::string FolderOf(const std::string& path) {
-  const std::string folder = QELVARDOSPath(path).GetDirName().ToString().Str();
-  return folder.empty() ? "." : folder;
+std::string_view WithoutSlashBehind(std::string_view path) {
+  while (path.size() > 1 && path.ends_with('/')) {
+    path.remove_suffix(1);
+  }
+  return path;
 }
+
+/// A path taken apart at its last slash.
+struct Place {
+  explicit Place(std::string_view path) : name(WithoutSlashBehind(path)) {
+    if (const std::size_t slash = name.rfind('/'); slash != std::string_view::npos) {
+      folder = WithoutSlashBehind(name.substr(0, slash + 1));
+      name.remove_prefix(slash + 1);
+    }
+  }
+
+  std::string_view name;
+  std::string_view folder = ".";
+};
 
 }  // namespace
 
 QELVARDOSFileFacts DryRunLayer::Stat(const std::string& path) {
-  QELVARDOSFileFacts facts;
-  if (folders_.contains(path)) {
-    facts.kind = QELVARDOSFileFacts::Kind::Folder;
-  } else if (const auto file = files_.find(path); file != files_.end()) {
-    facts.kind = QELVARDOSFileFacts::Kind::File;
-    facts.size = file->second.size();
-  } else if (!removed_.contains(path)) {
-    facts = Next().Stat(path);
+  const Change* const change = Find(path);
+  if (change == nullptr) {
+    return Next().Stat(path);
   }
+  QELVARDOSFileFacts facts;
+  facts.kind = change->kind;
+  facts.size = change->bytes.size();
   return facts;
 }
 
 std::error_code DryRunLayer::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
-  if (const auto file = files_.find(path); file != files_.end()) {
-    bytes = file->second;
-    return bytes.size() > atMost ? Refusal(std::errc::file_too_large) : std::error_code();
+  const Change* const change = Find(path);
+  if (change == nullptr) {
+    return Next().Read(path, bytes, atMost);
   }
-  return removed_.contains(path) ? Refusal(std::errc::no_such_file_or_directory) : Next().Read(path, bytes, atMost);
+  bytes = change->bytes;
+  switch (change->kind) {
+    case Kind::File:
+      return bytes.size() > atMost ? Refusal(std::errc::file_too_large) : std::error_code();
+    case Kind::Folder:
+      return Refusal(std::errc::is_a_directory);
+    default:
+      return Refusal(std::errc::no_such_file_or_directory);
+  }
 }
 
 std::error_code DryRunLayer::List(const std::string& folder, std::vector<std::string>& names) {
   names.clear();
-  const std::error_code error = folders_.contains(folder) ? std::error_code() : Next().List(folder, names);
-  std::erase_if(names, [&](const std::string& name) { return removed_.contains(folder + "/" + name); });
-  for (const auto& [path, bytes] : files_) {
-    if (FolderOf(path) == folder && !Next().Stat(path).Exists()) {
-      names.push_back(QELVARDOSPath(path).GetFileName().Str());
+  const Change* const made = Find(folder);
+  if (made != nullptr && made->kind != Kind::Folder) {
+    return Refusal(made->kind == Kind::File ? std::errc::not_a_directory : std::errc::no_such_file_or_directory);
+  }
+  const std::error_code error = made == nullptr ? Next().List(folder, names) : std::error_code();
+  if (const auto changes = changes_.find(WithoutSlashBehind(folder)); changes != changes_.end()) {
+    std::erase_if(names, [&](const std::string& name) { return changes->second.contains(name); });
+    for (const auto& [name, change] : changes->second) {
+      if (change.kind != Kind::Missing) {
+        names.push_back(name);
+      }
     }
   }
   return error;
@@ -55,7 +86,7 @@ std::error_code DryRunLayer::MakeFolder(const std::string& path) {
   }
   const std::error_code refusal = RefusalInFolderOf(path);
   if (!refusal) {
-    folders_.insert(path);
+    Put(path, {Kind::Folder, {}});
   }
   return refusal;
 }
@@ -75,7 +106,7 @@ std::error_code DryRunLayer::WriteNew(const std::string& path, std::string_view 
   }
   const std::error_code refusal = RefusalInFolderOf(path);
   if (!refusal) {
-    files_[path] = bytes;
+    Put(path, {Kind::File, std::string(bytes)});
   }
   return refusal;
 }
@@ -99,7 +130,7 @@ std::error_code DryRunLayer::Rename(const std::string& from, const std::string& 
   if (const std::error_code refusal = RefusalInFolderOf(to)) {
     return refusal;
   }
-  files_[to] = std::move(bytes);
+  Put(to, {Kind::File, std::move(bytes)});
   return Remove(from);
 }
 
@@ -108,22 +139,39 @@ std::error_code DryRunLayer::Remove(const std::string& path) {
     return Refusal(std::errc::no_such_file_or_directory);
   }
   const std::error_code refusal = RefusalInFolderOf(path);
-  if (!refusal && files_.erase(path) + folders_.erase(path) == 0) {
-    removed_.insert(path);
+  if (!refusal) {
+    Put(path, {Kind::Missing, {}});
   }
   return refusal;
 }
 
-std::error_code DryRunLayer::RefusalInFolderOf(const std::string& path) {
-  const std::string folder = FolderOf(path);
-  if (folders_.contains(folder)) {
-    return {};
+const DryRunLayer::Change* DryRunLayer::Find(std::string_view path) const {
+  const Place place(path);
+  const auto changes = changes_.find(place.folder);
+  if (changes == changes_.end()) {
+    return nullptr;
   }
+  const auto change = changes->second.find(place.name);
+  return change == changes->second.end() ? nullptr : &change->second;
+}
+
+void DryRunLayer::Put(std::string_view path, Change change) {
+  const Place place(path);
+  auto changes = changes_.find(place.folder);
+  if (changes == changes_.end()) {
+    changes = changes_.try_emplace(std::string(place.folder)).first;
+  }
+  changes->second.insert_or_assign(std::string(place.name), std::move(change));
+}
+
+std::error_code DryRunLayer::RefusalInFolderOf(const std::string& path) {
+  const std::string folder(Place(path).folder);
+  const bool isOnDisk = Find(folder) == nullptr;
   switch (Stat(folder).kind) {
-    case QELVARDOSFileFacts::Kind::Missing:
+    case Kind::Missing:
       return Refusal(std::errc::no_such_file_or_directory);
-    case QELVARDOSFileFacts::Kind::Folder:
-      return WouldRefuseFileIn(folder);
+    case Kind::Folder:
+      return isOnDisk ? WouldRefuseFileIn(folder) : std::error_code();
     default:
       return Refusal(std::errc::not_a_directory);
   }

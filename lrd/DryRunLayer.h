@@ -1,15 +1,15 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
+#include <string_view>
 
 #include "platform/QELVARDOSFileLayer.h"
 
 namespace lrd {
 
 /// Answers every change as the disk would, and makes it in memory alone: files and folders made here are seen by
-/// whoever looks through this layer, and gone with it.
+/// whoever looks through this layer, and gone with it. Paths are taken as text, but for slashes at their end.
 class DryRunLayer : public QELVARDOSFileLayerFilter {
  public:
   using QELVARDOSFileLayerFilter::QELVARDOSFileLayerFilter;
@@ -27,12 +27,20 @@ class DryRunLayer : public QELVARDOSFileLayerFilter {
   std::error_code Remove(const std::string& path) override;
 
  private:
+  /// What differs from the disk at one path. Of kind Missing: it is on the disk and would be there no more.
+  struct Change {
+    QELVARDOSFileFacts::Kind kind;
+    std::string bytes;
+  };
+  using Changes = std::map<std::string, Change, std::less<>>;
+
+  /// Null where all is as on the disk.
+  const Change* Find(std::string_view path) const;
+  void Put(std::string_view path, Change change);
   std::error_code RefusalInFolderOf(const std::string& path);
 
-  std::set<std::string> folders_;
-  std::map<std::string, std::string> files_;
-  /// What is on the disk and would be there no more.
-  std::set<std::string> removed_;
+  // By folder, so that listing one does not look at all others, then by the name in it.
+  std::map<std::string, Changes, std::less<>> changes_;
 };
 
 }  // namespace lrd
