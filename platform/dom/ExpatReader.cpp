@@ -101,7 +101,7 @@ bool ExpatReader::Read(std::string_view bytes, pugi::xml_document& document) {
     Explain(unpaired->line, unpaired->column, XML_ErrorString(XML_ERROR_INVALID_TOKEN));
     return false;
   }
-  Begin(document);
+  Begin(bytes, document);
   if (Feed(bytes)) {
     return true;
   }
@@ -109,7 +109,7 @@ bool ExpatReader::Read(std::string_view bytes, pugi::xml_document& document) {
   return false;
 }
 
-void ExpatReader::Begin(pugi::xml_document& document) {
+void ExpatReader::Begin(std::string_view bytes, pugi::xml_document& document) {
   if (parser_ == nullptr) {
     parser_.reset(XML_ParserCreate(nullptr));
   } else {
@@ -120,6 +120,9 @@ void ExpatReader::Begin(pugi::xml_document& document) {
   doctype_.clear();
   markup_ = nullptr;
   inDoctype_ = false;
+  inAttributeList_ = false;
+  declaredAttributes_ = 0;
+  stepsLeft_ = (std::size_t{16} << 20U) + 16 * bytes.size();
   defaultedBytes_ = 0;
   XML_SetHashSalt(parser_.get(), HashSalt());
   XML_SetUserData(parser_.get(), this);
@@ -150,13 +153,14 @@ void ExpatReader::SetHandlers(XML_Parser parser) {
       parser, [](void* self, const char*, int) { Self(self).Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY)); });
 }
 
-/// expat copies what it is fed, so a large text goes in by pieces.
+/// expat copies what it is fed, so a large text goes in by pieces. As it looks at an unfinished token from its
+/// beginning again with each of them, a piece is never shorter than what is there of such a token.
 bool ExpatReader::Feed(std::string_view bytes) {
-  constexpr std::size_t Piece = std::size_t{1} << 20U;
-  for (;;) {
-    const std::string_view piece = bytes.substr(0, Piece);
-    bytes.remove_prefix(piece.size());
-    const bool last = bytes.empty();
+  constexpr std::size_t LeastPiece = std::size_t{1} << 20U;
+  for (std::size_t fed = 0;;) {
+    const std::string_view piece = bytes.substr(fed, std::max(LeastPiece, fed - Consumed()));
+    fed += piece.size();
+    const bool last = fed == bytes.size();
     if (XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()), last ? 1 : 0) != XML_STATUS_OK) {
       return false;
     }
@@ -164,6 +168,11 @@ bool ExpatReader::Feed(std::string_view bytes) {
       return true;
     }
   }
+}
+
+/// How much of what was fed lies before the token that expat has not seen the end of.
+std::size_t ExpatReader::Consumed() const {
+  return static_cast<std::size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(parser_.get()), 0));
 }
 
 void ExpatReader::Refuse(const char* reason) {
@@ -192,13 +201,16 @@ void ExpatReader::StartElement(const char* name, const char** attributes) {
     if (!attribute || !attribute.set_value(attributes[at + 1])) {
       Refuse(OutOfMemory);
     }
-    defaultedBytes_ += at < specified ? 0 : std::strlen(attributes[at + 1]);
+    // An attribute takes about as much room in the tree beside its name and value.
+    constexpr std::size_t Bare = 64;
+    defaultedBytes_ += at < specified ? 0 : Bare + std::strlen(attributes[at]) + std::strlen(attributes[at + 1]);
   }
   // A small text could otherwise fill the memory: a long default for an attribute of very many elements.
   constexpr std::size_t MostDefaultedBytes = std::size_t{16} << 20U;
   if (defaultedBytes_ > MostDefaultedBytes) {
     Refuse("attribute defaults take too much room");
   }
+  SpendSteps(declaredAttributes_);
   // Where a document type names an external subset, expat drops undeclared references in attributes without a word.
   if (!doctype_.empty() && HoldsUndeclaredReference(CurrentMarkup())) {
     Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY));
@@ -243,10 +255,29 @@ void ExpatReader::Undispatched(std::string_view markup) {
   inDoctype_ = inDoctype_ || markup == "<!DOCTYPE";
   if (inDoctype_) {
     doctype_ += markup;
+    CountDeclaredAttributes(markup);
     if (markup == "<!ENTITY") {
       Refuse("entity declarations are not allowed");
     }
   }
+}
+
+/// Each declaration of an attribute ends with its default in quotes or with a word such as #IMPLIED; to count one twice
+/// does no harm.
+void ExpatReader::CountDeclaredAttributes(std::string_view token) {
+  inAttributeList_ = token == "<!ATTLIST" || (inAttributeList_ && token != ">");
+  if (inAttributeList_ && (token.starts_with('#') || token.starts_with('"') || token.starts_with('\''))) {
+    SpendSteps(++declaredAttributes_);
+  }
+}
+
+/// expat walks all attributes that are declared for an element with each that is declared next, and with each element
+/// of that name. A text may make it do so often only in proportion to its length.
+void ExpatReader::SpendSteps(std::size_t steps) {
+  if (steps > stepsLeft_) {
+    Refuse("too many attributes are declared");
+  }
+  stepsLeft_ -= std::min(steps, stepsLeft_);
 }
 
 void ExpatReader::EndDoctype() {

@@ -25,9 +25,10 @@ class ExpatReader {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
   };
 
-  void Begin(pugi::xml_document& document);
+  void Begin(std::string_view bytes, pugi::xml_document& document);
   static void SetHandlers(XML_Parser parser);
   bool Feed(std::string_view bytes);
+  std::size_t Consumed() const;
   void Refuse(const char* reason);
   void ExplainHere(const char* reason);
   void Explain(std::size_t line, std::size_t column, const char* reason);
@@ -37,6 +38,8 @@ class ExpatReader {
   void ProcessingInstruction(const char* target, const char* value);
   void Comment(const char* text);
   void Undispatched(std::string_view markup);
+  void CountDeclaredAttributes(std::string_view token);
+  void SpendSteps(std::size_t steps);
   void EndDoctype();
   void EndText(pugi::xml_node_type type);
   pugi::xml_node Append(pugi::xml_node_type type);
@@ -49,6 +52,10 @@ class ExpatReader {
   std::string doctype_;
   std::string* markup_ = nullptr;
   bool inDoctype_ = false;
+  bool inAttributeList_ = false;
+  // In the document type, for whatever elements.
+  std::size_t declaredAttributes_ = 0;
+  std::size_t stepsLeft_ = 0;
   std::size_t defaultedBytes_ = 0;
   std::string reason_;
 };

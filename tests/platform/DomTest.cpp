@@ -235,6 +235,44 @@ TEST_F(DomTest, RefusesWhatIsNotWellFormedAndSaysWhere) {
   EXPECT_THAT(Error(many + "</a>"), HasSubstr("attribute defaults take too much room"));
 }
 
+std::string Repeated(const std::string& text, int count) {
+  std::string all;
+  for (int number = 0; number < count; ++number) {
+    all += text;
+  }
+  return all;
+}
+
+TEST_F(DomTest, declarations_cost_no_more_than_in_proportion_to_the_text) {
+  const auto declared = [](int count, const std::string& what) {
+    std::string list = "<!DOCTYPE a [<!ATTLIST b ";
+    for (int number = 0; number < count; ++number) {
+      list += "a" + std::to_string(number) + what;
+    }
+    return list + ">]><a>";
+  };
+  const std::string implied = " CDATA #IMPLIED ";
+  EXPECT_EQ(Error(declared(1000, implied) + Repeated("<b/>", 1000) + "</a>"), "accepted");
+  EXPECT_EQ(Error(declared(10, implied) + Repeated("<b/>", 200'000) + "</a>"), "accepted");
+  EXPECT_THAT(Error(declared(1000, implied) + Repeated("<b/>", 100'000) + "</a>"),
+              HasSubstr("too many attributes are declared"));
+  EXPECT_THAT(Error(declared(10'000, implied) + "</a>"), HasSubstr("too many attributes are declared"));
+  EXPECT_THAT(Error(declared(100, " CDATA '' ") + Repeated("<b/>", 10'000) + "</a>"),
+              HasSubstr("attribute defaults take too much room"));
+}
+
+TEST_F(DomTest, tokens_longer_than_any_piece_read_whole) {
+  const std::string value(std::size_t{3} << 20U, 'x');
+  const std::string behind = "<!---->";
+  for (const std::string& text : {"<!--" + value + "--><a/>", "<a b=\"" + value + "\"/>" + behind,
+                                  "<?p " + value + "?><a/>", "<a><![CDATA[" + value + "]]></a>",
+                                  "<!DOCTYPE a [<!--" + value + "-->]>\n<a/>", "<a" + value + "/>" + behind}) {
+    EXPECT_TRUE(Reread(text) == text) << text.substr(0, 20);
+  }
+  EXPECT_EQ(Error("<a>\n <b c='" + value), "it:2:2: unclosed token");
+  EXPECT_EQ(Error("<!--" + value), "it:1:1: unclosed token");
+}
+
 TEST_F(DomTest, NamesTheFileThatItCannotRead) {
   ZYMIDOMDocument_var document = NewDocument();
   const ZYMIDOMDocument_var before = document;
