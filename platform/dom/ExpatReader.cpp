@@ -61,6 +61,19 @@ bool DefaultsHoldUndeclaredReference(std::string_view doctype) {
   return false;
 }
 
+/// The letters that expat takes for letters of names in UTF-16 and ISO-8859-1 but, as XML does, not in UTF-8.
+bool HoldsLetterOutsideNames(std::string_view text) {
+  constexpr std::array<std::string_view, 3> Letters = {"\xC2\xAA", "\xC2\xB5", "\xC2\xBA"};
+  return text.find('\xC2') != std::string_view::npos &&
+         std::any_of(Letters.begin(), Letters.end(),
+                     [text](auto letter) { return text.find(letter) != std::string_view::npos; });
+}
+
+bool IsWellFormed(const std::string& utf8) {
+  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"), &XML_ParserFree);
+  return XML_Parse(parser.get(), utf8.data(), static_cast<int>(utf8.size()), 1) == XML_STATUS_OK;
+}
+
 struct Position {
   std::size_t line = 1;
   std::size_t column = 1;
@@ -180,6 +193,13 @@ void ExpatReader::Refuse(const char* reason) {
   XML_StopParser(parser_.get(), XML_FALSE);
 }
 
+/// The writer could not write such a name so that it reads again.
+void ExpatReader::RefuseUnwritable(std::string_view name) {
+  if (HoldsLetterOutsideNames(name)) {
+    Refuse("a name with a letter that names may not hold");
+  }
+}
+
 void ExpatReader::ExplainHere(const char* reason) {
   Explain(XML_GetCurrentLineNumber(parser_.get()), XML_GetCurrentColumnNumber(parser_.get()) + 1, reason);
 }
@@ -195,12 +215,14 @@ void ExpatReader::StartElement(const char* name, const char** attributes) {
   EndText(pugi::node_pcdata);
   parent_ = Append(pugi::node_element);
   parent_.set_name(name);
+  RefuseUnwritable(name);
   const auto specified = static_cast<std::size_t>(XML_GetSpecifiedAttributeCount(parser_.get()));
   for (std::size_t at = 0; attributes[at] != nullptr; at += 2) {
     pugi::xml_attribute attribute = parent_.append_attribute(attributes[at]);
     if (!attribute || !attribute.set_value(attributes[at + 1])) {
       Refuse(OutOfMemory);
     }
+    RefuseUnwritable(attributes[at]);
     // An attribute takes about as much room in the tree beside its name and value.
     constexpr std::size_t Bare = 64;
     defaultedBytes_ += at < specified ? 0 : Bare + std::strlen(attributes[at]) + std::strlen(attributes[at + 1]);
@@ -228,6 +250,7 @@ void ExpatReader::ProcessingInstruction(const char* target, const char* value) {
     return;
   }
   EndText(pugi::node_pcdata);
+  RefuseUnwritable(target);
   pugi::xml_node instruction = Append(pugi::node_pi);
   if (!instruction.set_name(target) || !instruction.set_value(value)) {
     Refuse(OutOfMemory);
@@ -282,6 +305,9 @@ void ExpatReader::SpendSteps(std::size_t steps) {
 
 void ExpatReader::EndDoctype() {
   inDoctype_ = false;
+  if (HoldsLetterOutsideNames(doctype_) && !IsWellFormed(doctype_ + "><a/>")) {
+    RefuseUnwritable(doctype_);
+  }
   if (DefaultsHoldUndeclaredReference(doctype_)) {
     Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY));
   }

@@ -30,6 +30,7 @@ class ExpatReader {
   bool Feed(std::string_view bytes);
   std::size_t Consumed() const;
   void Refuse(const char* reason);
+  void RefuseUnwritable(std::string_view name);
   void ExplainHere(const char* reason);
   void Explain(std::size_t line, std::size_t column, const char* reason);
 

@@ -273,6 +273,75 @@ TEST_F(DomTest, tokens_longer_than_any_piece_read_whole) {
   EXPECT_EQ(Error("<!--" + value), "it:1:1: unclosed token");
 }
 
+std::string Utf8(char16_t c) {
+  if (c < 0x80) {
+    return {static_cast<char>(c)};
+  }
+  const auto continuation = [c](unsigned int shift) { return static_cast<char>(0x80U | (c >> shift & 0x3FU)); };
+  if (c < 0x800) {
+    return {static_cast<char>(0xC0U | c >> 6U), continuation(0)};
+  }
+  return {static_cast<char>(0xE0U | c >> 12U), continuation(6), continuation(0)};
+}
+
+/// A text with one character in several places, by its encoding; empty where the encoding has no such character.
+std::vector<std::string> InEveryEncoding(const std::string& before, char16_t c, const std::string& behind) {
+  std::vector<std::string> texts = {before + Utf8(c) + behind};
+  for (const bool bigEndian : {false, true}) {
+    const std::string halves{static_cast<char>(c & 0xFF), static_cast<char>(c >> 8)};
+    texts.push_back(Utf16(before, bigEndian) + (bigEndian ? std::string(halves.rbegin(), halves.rend()) : halves) +
+                    Utf16(behind, bigEndian).substr(2));
+  }
+  for (const std::string encoding : {"ISO-8859-1", "US-ASCII"}) {
+    if (c < 0x100) {
+      texts.push_back("<?xml version='1.0' encoding='" + encoding + "'?>" + before + static_cast<char>(c) + behind);
+    }
+  }
+  return texts;
+}
+
+TEST_F(DomTest, whatever_is_read_can_be_written_and_reads_as_the_same_tree) {
+  const std::vector<std::pair<std::string, std::string>> places = {
+      {"<", "/>"},
+      {"<a", "/>"},
+      {"<a ", "=''/>"},
+      {"<a a", "=''/>"},
+      {"<?", "?><a/>"},
+      {"<?a", " b?><a/>"},
+      {"<a>", "</a>"},
+      {"<a b='", "'/>"},
+      {"<!--", "--><a/>"},
+      {"<!DOCTYPE a", "><a/>"},
+      {"<!DOCTYPE a [<!ELEMENT ", " ANY>]><a/>"},
+      {"<!DOCTYPE a [<!ATTLIST a b (c|d", ") #IMPLIED>]><a/>"},
+      {"<!DOCTYPE a [<!ATTLIST a b CDATA '", "'><!--c-->]><a/>"},
+  };
+  // All characters that one byte may stand for, then some of every script.
+  for (unsigned int c = 1; c <= 0xFFFF; c += c < 0x100 ? 1 : 499) {
+    for (const auto& [before, behind] : places) {
+      for (const std::string& text : InEveryEncoding(before, static_cast<char16_t>(c), behind)) {
+        if (const ZYMIDOMDocument_var document = Parse(text)) {
+          const std::string written = Text(document);
+          const ZYMIDOMDocument_var again = Parse(Declaration + written);
+          ASSERT_FALSE(again.IsNull()) << before << c << behind << ": " << written;
+          ASSERT_EQ(Shape(again), Shape(document));
+          ASSERT_EQ(Text(again), written);
+        }
+      }
+    }
+  }
+}
+
+TEST_F(DomTest, letters_that_names_may_not_hold_are_refused_in_every_encoding) {
+  const std::string latin1 = "<?xml version='1.0' encoding='ISO-8859-1'?>";
+  const std::string reason = "a name with a letter that names may not hold";
+  EXPECT_EQ(Error(latin1 + "\n<a><\xB5/></a>"), "it:2:4: " + reason);
+  EXPECT_EQ(Error(latin1 + "<a b\xAA='' c=''/>"), "it:1:44: " + reason);
+  EXPECT_EQ(Error(latin1 + "<a><?\xBA?></a>"), "it:1:47: " + reason);
+  EXPECT_THAT(Error(latin1 + "<!DOCTYPE a [<!ELEMENT \xB5 ANY>]><a/>"), HasSubstr(reason));
+  EXPECT_EQ(Error(latin1 + "<!DOCTYPE a [<!--\xB5--><!ATTLIST a b CDATA '\xAA\xBA'>]><a>\xB5</a>"), "accepted");
+}
+
 TEST_F(DomTest, NamesTheFileThatItCannotRead) {
   ZYMIDOMDocument_var document = NewDocument();
   const ZYMIDOMDocument_var before = document;
