@@ -4,6 +4,18 @@
 #include <utility>
 
 namespace ZYMDom {
+namespace {
+
+bool IsDeep(pugi::xml_node node) {
+  constexpr int Levels = 256;
+  int level = 0;
+  for (; node && level < Levels; ++level) {
+    node = node.parent();
+  }
+  return level == Levels;
+}
+
+}  // namespace
 
 bool DomStorage::LoadPlain(std::string text, std::size_t root) {
   text_ = std::move(text);
@@ -60,11 +72,22 @@ void DomStorage::AppendTextElement(pugi::xml_node parent, const char* name, cons
   ++revision_;
 }
 
-bool DomStorage::Move(pugi::xml_node parent, pugi::xml_node child) {
+bool DomStorage::Move(pugi::xml_node parent, NodeAnchor& child) {
+  const pugi::xml_node old = child.Node();
   const bool beforeHolder = parent == document_ && holder_;
-  const pugi::xml_node moved = beforeHolder ? parent.insert_move_before(child, holder_) : parent.append_move(child);
   ++revision_;
-  return static_cast<bool>(moved);
+  if (old.first_child() || old == parent || !IsDeep(parent)) {
+    return static_cast<bool>(beforeHolder ? parent.insert_move_before(old, holder_) : parent.append_move(old));
+  }
+  // pugixml looks at all nodes above parent before it moves a node. One without children is above none, and is copied
+  // as soon.
+  const pugi::xml_node copy = parent.append_copy(old);
+  if (!copy) {
+    return false;
+  }
+  Holder().append_move(old);
+  anchors_.MoveAll(old, *this, copy);
+  return true;
 }
 
 bool DomStorage::TakeOver(pugi::xml_node parent, NodeAnchor& child) {

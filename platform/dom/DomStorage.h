@@ -44,8 +44,8 @@ class DomStorage {
   pugi::xml_node NewText(const char* value);
   /// Makes a new element with one text the last child of parent.
   void AppendTextElement(pugi::xml_node parent, const char* name, const char* value);
-  /// Makes a node of this tree the last child of parent; false when it cannot stand there.
-  bool Move(pugi::xml_node parent, pugi::xml_node child);
+  /// Makes a node of this tree the last child of parent; false when it cannot stand there. Its anchors stay on it.
+  bool Move(pugi::xml_node parent, NodeAnchor& child);
   /// Makes a node of another tree the last child of parent, with all below it and with the anchors of all of it.
   bool TakeOver(pugi::xml_node parent, NodeAnchor& child);
 

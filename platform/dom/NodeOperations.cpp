@@ -55,8 +55,7 @@ bool Append(const NodeAnchor& parent, NodeAnchor& child) {
   if (parent.Node() == storage.Document() && !MayStandInDocument(storage, child.Node())) {
     return false;
   }
-  return &storage == &child.Storage() ? storage.Move(parent.Node(), child.Node())
-                                      : storage.TakeOver(parent.Node(), child);
+  return &storage == &child.Storage() ? storage.Move(parent.Node(), child) : storage.TakeOver(parent.Node(), child);
 }
 
 }  // namespace

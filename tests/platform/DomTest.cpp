@@ -622,6 +622,30 @@ TEST_F(DomTest, AppendingTakesOverWithEveryHandle) {
   EXPECT_EQ(Text(target), "<r><t a=\"2\"><u/><u/></t><s><t/><u b=\"3\">text<v/></u></s></r>");
 }
 
+TEST_F(DomTest, a_tree_grows_at_its_deepest_element_and_every_handle_moves_along) {
+  constexpr int Depth = 50'000;
+  const ZYMIDOMDocument_var document = Parse("<a><b>text</b></a>");
+  const ZYMIDOMElement_var b = Item(Tagged(document, "b"), 0);
+  const ZYMIDOMNode_var text = Item(Children(b), 0);
+  ZYMIDOMElement_var deepest = Root(document);
+  for (int depth = 0; depth < Depth; ++depth) {
+    const ZYMIDOMElement_var next = Element(document, "a");
+    ASSERT_EQ(next->setAttribute("n", "0"), S_OK);
+    const ZYMIDOMNodeList_var children = Children(next);
+    ASSERT_EQ(Append(deepest, next), S_OK);
+    ASSERT_EQ(next->setAttribute("n", "1"), S_OK);
+    ASSERT_EQ(Append(next, Element(document, "c")), S_OK);
+    ASSERT_EQ(Length(children), 1);
+    deepest = next;
+  }
+  EXPECT_EQ(Append(deepest, deepest), E_FAIL);
+  EXPECT_EQ(Append(deepest, Root(document)), E_FAIL);
+  EXPECT_EQ(Append(deepest, text), S_OK);
+  EXPECT_EQ(Append(deepest, b), S_OK);
+  EXPECT_EQ(Append(b, text), S_OK);
+  EXPECT_EQ(Text(document), "<a>" + Repeated("<a n=\"1\"><c/>", Depth) + "<b>text</b>" + Repeated("</a>", Depth + 1));
+}
+
 TEST_F(DomTest, AnElementOutlivesItsDocumentHandle) {
   ZYMIDOMElement_var element = Element(NewDocument(), "a");
   const ZYMIDOMDocument_var target = NewDocument();
