@@ -6,17 +6,28 @@
 
 namespace {
 
-std::uint64_t FullWord(const char* bytes) noexcept {
-  std::uint64_t word = 0;
+template <typename Word>
+std::uint64_t WordAt(const char* bytes) noexcept {
+  Word word = 0;
   std::memcpy(&word, bytes, sizeof word);
   return word;
 }
 
-/// The bytes behind the last full word, the first of them lowest, and above them the length.
+/// The bytes behind the last full word and, above them, the length.
 std::uint64_t LastWord(std::string_view rest, std::size_t length) noexcept {
-  std::uint64_t word = length;
-  for (std::size_t at = 7; at-- > 0;) {
-    word = word << 8U | (at < rest.size() ? static_cast<unsigned char>(rest[at]) : 0U);
+  const char* const bytes = rest.data();
+  std::uint64_t word = std::uint64_t{length} << 56U;
+  unsigned int at = 0;
+  if ((rest.size() & 4U) != 0) {
+    word |= WordAt<std::uint32_t>(bytes);
+    at = 4;
+  }
+  if ((rest.size() & 2U) != 0) {
+    word |= WordAt<std::uint16_t>(bytes + at) << 8U * at;
+    at += 2;
+  }
+  if ((rest.size() & 1U) != 0) {
+    word |= WordAt<std::uint8_t>(bytes + at) << 8U * at;
   }
   return word;
 }
@@ -62,7 +73,7 @@ std::uint64_t ZYMKeyedHash::SipHash(const Key& key, std::string_view text) noexc
               key.high ^ 0x7465646279746573U};
   const std::size_t length = text.size();
   for (; text.size() >= 8; text.remove_prefix(8)) {
-    state.Take(FullWord(text.data()));
+    state.Take(WordAt<std::uint64_t>(text.data()));
   }
   state.Take(LastWord(text, length));
   state.c ^= 0xFFU;
