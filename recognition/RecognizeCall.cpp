@@ -99,16 +99,16 @@ void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) {
 }
 
 void RequestRelationships::Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId) {
-  CompleteThoseIn(untouched_, id, physicalId);
+  const std::uint32_t hash = HashOf(id);
+  CompleteThoseIn(untouched_, id, hash, physicalId);
   if (!physicalId.IsEmpty()) {
-    CompleteThoseIn(emptied_, id, physicalId);
+    CompleteThoseIn(emptied_, id, hash, physicalId);
   }
 }
 
 // What is completed leaves its chain, so that nobody walks past it again.
-void RequestRelationships::CompleteThoseIn(Chains& chains, const ZYMUnicodeString& id,
+void RequestRelationships::CompleteThoseIn(Chains& chains, const ZYMUnicodeString& id, std::uint32_t hash,
                                            const ZYMUnicodeString& physicalId) {
-  const std::uint32_t hash = HashOf(id);
   for (Number* link = &ChainOf(chains, hash); *link != 0;) {
     const Number number = *link;
     Entry& entry = entries_[number - 1];

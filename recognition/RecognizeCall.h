@@ -95,7 +95,8 @@ class RequestRelationships {
   using Chains = std::vector<Number>;
   static Number& ChainOf(Chains& chains, std::uint32_t hash) { return chains[hash & (chains.size() - 1)]; }
   void Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId);
-  void CompleteThoseIn(Chains& chains, const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId);
+  void CompleteThoseIn(Chains& chains, const ZYMUnicodeString& id, std::uint32_t hash,
+                       const ZYMUnicodeString& physicalId);
 
   std::vector<Entry> entries_;
   Chains untouched_;
