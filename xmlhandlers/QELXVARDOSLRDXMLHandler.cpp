@@ -93,7 +93,7 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObje
       continue;
     }
     const ZYMUnicodeString folder = record->GetLRDFolderPath();
-    if (LeavesRecordFolder(folder)) {
+    if (RefusalOf(folder) != QELVARDOSNameRules::Refusal::None) {
       Trace.Write("Refused to leave the record folder : ", folder);
       continue;
     }

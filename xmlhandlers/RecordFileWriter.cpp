@@ -47,9 +47,9 @@ void RecordFileWriter::Write(const QELXIVARDOSLRDObject_var& record) {
   try {
     const Format format(record);
     Trace.Write("Wrinting into file : ", path);
-    if (LeavesRecordFolder(path)) {
+    if (const auto refusal = RefusalOf(path); refusal != QELVARDOSNameRules::Refusal::None) {
       Trace.Write("Refused to leave the record folder : ", path);
-      files_.Refuse(path.Str(), QELVARDOSFileError::LeavesFolder);
+      files_.Refuse(path.Str(), QELVARDOSFileError::LeavesFolder, std::string(QELVARDOSNameRules::Reason(refusal)));
     } else if (FAILED(format.status)) {
       Refuse(path, std::errc::io_error, format.reason);
     } else if (format.element) {

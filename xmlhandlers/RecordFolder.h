@@ -1,6 +1,10 @@
 #pragma once
 
-#include "platform/ZYMUnicodeString.h"
+#include "platform/QELVARDOSNameRules.h"
+#include "records/QELXVARDOSLRDConstants.h"
 
-/// Whether a path leads out of the record folder that it names, as a name that a server sent might make it.
-bool LeavesRecordFolder(const ZYMUnicodeString& path);
+/// Why nothing may be written at a path, since the name that a server sent leads out of the record folder; None when it
+/// does not.
+inline QELVARDOSNameRules::Refusal RefusalOf(const ZYMUnicodeString& path) {
+  return QELVARDOSNameRules::Path(path.View(), FileName::RecordFolder.View());
+}
