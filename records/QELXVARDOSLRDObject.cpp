@@ -1,5 +1,7 @@
 #include "records/QELXVARDOSLRDObject.h"
 
+#include <algorithm>
+#include <new>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -34,9 +36,17 @@ using PendingReleases = std::vector<QELXIVARDOSLRDObject_var>;
 // tie the module to the thread and keep it from being unloaded.
 thread_local PendingReleases* pendingReleases = nullptr;
 
-void MoveInto(PendingReleases& pending, QELXIVARDOSLRDObject_varList& records) {
-  for (QELXIVARDOSLRDObject_var& record : records) {
-    pending.push_back(std::move(record));
+// Where there is no memory to put them off, they are released at once, which gives some back.
+void MoveInto(PendingReleases& pending, QELXIVARDOSLRDObject_varList& records) noexcept {
+  try {
+    const std::size_t wanted = pending.size() + static_cast<std::size_t>(records.Size());
+    if (wanted > pending.capacity()) {
+      pending.reserve(std::max(wanted, 2 * pending.capacity()));
+    }
+    for (QELXIVARDOSLRDObject_var& record : records) {
+      pending.push_back(std::move(record));
+    }
+  } catch (const std::bad_alloc&) {
   }
   records.RemoveAll();
 }
