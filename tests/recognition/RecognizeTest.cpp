@@ -1,12 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
+#include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMCheckFailure.h"
 #include "recognition/QELXVARDOSRecognitionFactory.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "tests/support/FailingDom.h"
+#include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/RecordingLayer.h"
 #include "tests/support/Records.h"
@@ -377,6 +381,86 @@ TEST_F(RecognizeTest, a_failing_tree_ends_in_a_status_or_a_null_handle_error_and
   const ZYMIDOMElement_var recognized = Recognized(Request(objects, OBelowAsm));
   EXPECT_EQ(Brief(recognized, "o"), "status=EXISTS phid=O");
   EXPECT_EQ(Text(recognized), withoutFailure) << "which is a tree without short cuts";
+}
+
+TEST_F(RecognizeTest, a_place_that_could_not_be_looked_at_takes_the_verdict_only_where_it_might_change_it) {
+  const std::string file = folder_.At("o.prt");
+  const std::string own = folder_.At(".KORVANTHEMIX/o.prt.xml");
+  const std::string asm1 = folder_.At(".KORVANTHEMIX/asm.prt.xml");
+  const std::string asm2 = folder_.At(".KORVANTHEMIX/other.prt.xml");
+  const std::string found = "status=EXISTS phid=O";
+  struct Case {
+    const char* story;
+    const char* attributes;
+    bool hasOwnRecord;
+    std::string unseen;
+    /// Empty status: recognition ends there.
+    std::string verdict;
+  };
+  const std::string none = "status= phid=";
+  const std::vector<Case> cases = {
+      {"the own record", "", true, own, none},
+      {"the own record of what is modified anyway", "modified='TRUE'", true, own, none},
+      {"the own record of what is new anyway", "recognizeasnew='TRUE'", true, own, "status=UNKNOWN phid="},
+      {"the own record of what the request knows", "phid='P'", true, own, "status=EXISTS phid=P"},
+      {"the file of what has a record", "", true, file, none},
+      {"the file of what has none", "", false, file, "status=UNKNOWN phid="},
+      {"the file, new anyway", "recognizeasnew='TRUE' composerid='asm'", true, file, "status=UNKNOWN phid="},
+      {"the file, with a composition and a record", "composerid='asm'", true, file, none},
+      {"the file, with a composition alone", "composerid='asm'", false, file, found},
+      {"the file, of a type without", "composerid='asm' type='bare' name='o.prt'", true, file, found},
+      {"the own record beside a composition", "composerid='asm'", true, own, none},
+      {"the same of a type without file", "composerid='asm' type='bare' name='o.prt'", true, own, found},
+      {"the first composition", "composerid='other,asm'", false, asm2, none},
+      {"the second composition", "composerid='asm,other'", false, asm2, found},
+      {"a composition that nobody asks for", "", true, asm1, "status=MODIFIED phid=OWN"}};
+  for (const Case& test : cases) {
+    folder_.PutFile("o.prt", 1);
+    folder_.PutFile("asm.prt", 1);
+    folder_.PutFile("other.prt", 1);
+    folder_.PutRecord("asm.prt", RecordV4("A", "1", Entry("o.prt", "O")));
+    std::filesystem::remove(own);
+    if (test.hasOwnRecord) {
+      folder_.PutRecord("o.prt", RecordV4("OWN", "2"));
+    }
+    const std::string type = std::string(test.attributes).find("type=") == std::string::npos ? " type='part'" : "";
+    const ZYMIDOMElement_var request = Request(Object("asm", "phid='A'") + Object("other", "phid='B'") +
+                                               Object("o", test.attributes + type) + Object("behind", "phid='C'"));
+    FaultyLayer layer;
+    layer.unseen[test.unseen] = std::errc::permission_denied;
+    QELVARDOSSystemUtils::SetLastError("before");
+    RecordMap records;
+    const bool ends = test.verdict == none;
+    EXPECT_EQ(handler_->Recognize(request, records), ends ? E_FAIL : S_OK) << test.story;
+    EXPECT_EQ(Brief(request, "o"), test.verdict) << test.story;
+    EXPECT_EQ(QELVARDOSSystemUtils::LastError(), ends ? test.unseen + ": Permission denied" : "before") << test.story;
+    EXPECT_EQ(Brief(request, "asm"), "status=EXISTS phid=A") << "what was decided before stands";
+    EXPECT_EQ(Brief(request, "behind"), ends ? "phid=C" : "status=EXISTS phid=C") << test.story;
+  }
+}
+
+TEST_F(RecognizeTest, what_changes_between_two_looks_and_what_is_damaged_are_told_apart) {
+  folder_.PutFile("asm.prt", 1);
+  folder_.PutRecord("asm.prt", RecordV4("A", "1", Entry("o.prt", "O")));
+  folder_.Put(".KORVANTHEMIX/a.prt.xml/folder", "");
+  folder_.PutFile("a.prt", 1);
+  FaultyLayer layer;
+  RecordMap records;
+  const std::string record = folder_.At(".KORVANTHEMIX/asm.prt.xml");
+  layer.unread[record] = std::errc::no_such_file_or_directory;
+  const ZYMIDOMElement_var vanishing = Request(Object("asm", "phid='A'") + Object("o", "type='part' familyid='asm'"));
+  EXPECT_EQ(handler_->Recognize(vanishing, records), E_FAIL);
+  EXPECT_EQ(Brief(vanishing, "o"), "status= phid=");
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(), record + ": Changed while it was looked at");
+
+  layer.unread[record] = std::errc::io_error;
+  const ZYMIDOMElement_var failing = Request(Object("asm"));
+  EXPECT_EQ(handler_->Recognize(failing, records), E_FAIL);
+  EXPECT_EQ(Brief(failing, "asm"), "status= phid=") << "a file that cannot be read is not known to be damaged";
+
+  const ZYMIDOMElement_var damaged = Request(Object("a"));
+  EXPECT_EQ(handler_->Recognize(damaged, records), E_FAIL);
+  EXPECT_EQ(Brief(damaged, "a"), "status=UNKNOWN phid=") << "a folder in the place of a record is";
 }
 
 class TestContext : public QELIVARDOSClientContext {

@@ -1,18 +1,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/QELVARDOSFileTransaction.h"
+#include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMCheckFailure.h"
 #include "tests/support/FailingDom.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/RecordingLayer.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TestConfiguration.h"
 #include "tests/support/TraceLines.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
@@ -266,6 +270,89 @@ TEST_F(RecordFileTest, the_same_bytes_leave_the_file_untouched) {
   EXPECT_THAT(layer.changes, ElementsAre(HasSubstr("WriteNew"), "MakeDurable 1", "Rename " + folder_.At("changed.xml"),
                                          "MakeFoldersDurable 1"));
   EXPECT_EQ(std::filesystem::last_write_time(folder_.At("same.xml")), written);
+}
+
+class SmallRecords : public TestConfiguration {
+ public:
+  std::uint64_t GetLargestRecordFile() override { return 400; }
+};
+
+TEST_F(RecordFileTest, what_is_larger_than_can_be_read_is_neither_read_nor_written) {
+  const auto handler =
+      ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(QELIVARDOSGlobalConfigObject_var(ZYMMakeComponent<SmallRecords>()));
+  folder_.Put("read.xml", Object(std::string(400, 'P')));
+  Record record;
+  EXPECT_EQ(handler->ReadLRDFile(folder_.At("read.xml"), record), E_FAIL);
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(), folder_.At("read.xml") + ": File too large");
+  EXPECT_EQ(handler_->ReadLRDFile(folder_.At("read.xml"), record), S_OK);
+  folder_.Put("large.xml", "old");
+  const TraceLines trace;
+  handler->WriteToFile(Records{At("large.xml", std::string(400, 'P')), At("small.xml")});
+  EXPECT_EQ(folder_.File("large.xml"), "old");
+  EXPECT_EQ(folder_.File("small.xml"), Written("P"));
+  EXPECT_THAT(trace.all, Contains("Failed to write file : " + folder_.At("large.xml") + ": File too large"));
+
+  folder_.Put("sparse.xml", "<object>");
+  std::filesystem::resize_file(folder_.At("sparse.xml"), (std::uintmax_t{512} << 20U) + 1);
+  record = nullptr;
+  EXPECT_EQ(handler_->ReadLRDFile(folder_.At("sparse.xml"), record), E_FAIL);
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(), folder_.At("sparse.xml") + ": File too large");
+}
+
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(RecordFileTest, memory_that_runs_out_for_one_record_costs_that_record) {
+  // One is too large to be read, the tree of the other to be made, and its records.
+  folder_.Put("large.xml", "<object>");
+  std::filesystem::resize_file(folder_.At("large.xml"), std::uintmax_t{400} << 20U);
+  std::string many;
+  for (int number = 0; number < 500'000; ++number) {
+    many += "<rel id=''><phid/></rel>";
+  }
+  folder_.Put("many.xml", Object("P", many));
+  folder_.Put("small.xml", Object("P"));
+  const pid_t child = fork();
+  if (child == 0) {
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = rlim_t{160} << 20U;
+    setrlimit(RLIMIT_AS, &limit);
+    Record record;
+    bool refused = true;
+    for (const char* name : {"large.xml", "many.xml"}) {
+      refused = refused && handler_->ReadLRDFile(folder_.At(name), record) == E_FAIL &&
+                QELVARDOSSystemUtils::LastError().starts_with(folder_.At(name) + ":");
+    }
+    const bool read = handler_->ReadLRDFile(folder_.At("small.xml"), record) == S_OK && record;
+    _exit(refused && read ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+#endif
+
+TEST_F(RecordFileTest, an_observer_hears_of_records_of_formats_to_come) {
+  class Formats : public QELXIVARDOSObserver {
+   public:
+    void UnknownFormat(const ZYMUnicodeString& recordFile, const ZYMUnicodeString& version) override {
+      heard.push_back(recordFile.Str() + " " + version.Str());
+    }
+    std::vector<std::string> heard;
+  };
+  Formats formats;
+  handler_->SetObserver(&formats);
+  const std::string path = folder_.At("read.xml");
+  EXPECT_EQ(Status("<object version='9.9'/>"), S_OK);
+  EXPECT_THAT(formats.heard, ElementsAre(path + " 9.9"));
+  EXPECT_EQ(Status("<strange version='9.9'/>"), S_OK);
+  folder_.Put("known.xml", Object("old"));
+  folder_.Put("broken.xml", "<object version='9.9'");
+  handler_->WriteToFile(Records{At("read.xml"), At("known.xml"), At("new.xml"), At("broken.xml")});
+  EXPECT_THAT(formats.heard, ElementsAre(path + " 9.9")) << "the strange element is no record";
+  folder_.Put("read.xml", "<object version='5.0'/>");
+  handler_->WriteToFile(Records{At("read.xml")});
+  handler_->WriteToFile(Records{At("read.xml")});
+  EXPECT_THAT(formats.heard, ElementsAre(path + " 9.9", path + " 5.0"));
 }
 
 TEST_F(RecordFileTest, the_records_before_one_that_raises_are_written) {

@@ -3,7 +3,9 @@
 
 #include <string>
 
+#include "platform/QELVARDOSSystemUtils.h"
 #include "tests/support/FailingDom.h"
+#include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
@@ -154,6 +156,36 @@ TEST_F(ResponseHandlerTest, only_a_check_out_links_what_it_reads) {
     EXPECT_EQ(records.Size(), 2) << command;
     EXPECT_EQ(records["a"]->GetChildren().Size(), command == "checkoutEx" ? 2 : 0) << command;
   }
+}
+
+TEST_F(ResponseHandlerTest, nothing_is_written_that_speaks_of_a_file_that_could_not_be_looked_at) {
+  for (const char* name : {"a", "b", "c"}) {
+    folder_.PutFile(name, 100);
+  }
+  FaultyLayer layer;
+  layer.unseen[folder_.At("b")] = std::errc::io_error;
+  const std::string selected = "selected='true'";
+  QELVARDOSSystemUtils::SetLastError("");
+  EXPECT_EQ(
+      Update("checkoutEx", List(Object("a", selected) + Object("b", selected) + Object("c", selected)) + AAboveB("1"),
+             RecordMap()),
+      S_OK);
+  using enum QELVARDOSReplacement;
+  const auto outcome = [&](const std::string& name) {
+    return layer.outcomes[folder_.At(".KORVANTHEMIX/" + name + ".xml")];
+  };
+  EXPECT_EQ(outcome("a"), Failed) << "the record of b would stand in it";
+  EXPECT_EQ(outcome("b"), Failed);
+  EXPECT_EQ(outcome("c"), Written);
+  EXPECT_EQ(folder_.Record("a") + folder_.Record("b"), "");
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(),
+            folder_.At(".KORVANTHEMIX/b.xml") + ": " + folder_.At("b") + ": Input/output error");
+
+  layer.unseen.clear();
+  QELVARDOSSystemUtils::SetLastError("before");
+  EXPECT_EQ(Update("checkoutEx", List(Object("a", selected) + Object("b", selected)), RecordMap()), S_OK);
+  EXPECT_EQ(outcome("b"), Written);
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "before");
 }
 
 TEST_F(ResponseHandlerTest, a_check_out_writes_the_selected_records_of_the_response_with_the_stamps_of_their_files) {
