@@ -105,7 +105,8 @@ std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::st
   if (path.empty() || (unread && QELVARDOSFileLayer::MeansMissing(unread, path))) {
     return WriteTemporary(path, bytes, {}, temporary);
   }
-  if (const std::error_code refusal = Refusal(layer_.Stat(path))) {
+  // What could be read is a file.
+  if (const std::error_code refusal = unread ? Refusal(layer_.Stat(path)) : std::error_code()) {
     return refusal;
   }
   return WriteTemporary(path, bytes, path, temporary);

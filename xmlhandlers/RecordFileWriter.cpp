@@ -32,6 +32,13 @@ struct Format {
   ZYMIDOMElement_var element;
 };
 
+/// Whether two records have the same declaration and the same root, and with that the same format.
+bool BeginsLike(std::string_view a, std::string_view b) {
+  const std::size_t declaration = b.find('>');
+  const std::size_t root = declaration == std::string_view::npos ? declaration : b.find('>', declaration + 1);
+  return root != std::string_view::npos && a.substr(0, root + 1) == b.substr(0, root + 1);
+}
+
 }  // namespace
 
 RecordFileWriter::RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest,
@@ -66,7 +73,7 @@ void RecordFileWriter::WriteElement(const ZYMIDOMElement_var& element, const ZYM
   }
   if (files_.Replace(path.Str(), text_)) {
     Trace.Write("Failed to write file : ", QELVARDOSSystemUtils::LastError());
-  } else if (replaced_ && !files_.Present().empty() && files_.Present() != text_) {
+  } else if (replaced_ && !files_.Present().empty() && !BeginsLike(files_.Present(), text_)) {
     replaced_->TellOfUnknownFormat(path, files_.Present());
   }
 }

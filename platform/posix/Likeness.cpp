@@ -120,7 +120,7 @@ mode_t ModeFor(const struct stat& old, const Kept& kept) {
 
 }  // namespace
 
-std::error_code MakeAlike(int file, const std::string& like) {
+std::error_code MakeAlike(int file, const std::string& like, mode_t& mode) {
   struct stat old {};
   if (stat(like.c_str(), &old) != 0) {
     return SystemError();
@@ -133,5 +133,6 @@ std::error_code MakeAlike(int file, const std::string& like) {
   if (const std::error_code error = KeepAttributes(file, like, kept)) {
     return error;
   }
-  return ErrorUnless(fchmod(file, ModeFor(old, kept)) == 0);
+  mode = ModeFor(old, kept);
+  return ErrorUnless(fchmod(file, mode) == 0);
 }

@@ -124,13 +124,6 @@ std::error_code ReadRest(const Descriptor& file, std::string& bytes, std::uint64
   return ErrorUnless(got == 0);
 }
 
-/// A file that may not be opened again can only be flushed now.
-std::error_code SynchroniseIfClosed(const Descriptor& file) {
-  struct stat facts {};
-  const bool isClosed = fstat(file.Number(), &facts) == 0 && (facts.st_mode & S_IRUSR) == 0;
-  return isClosed ? ErrorUnless(Uninterrupted([&] { return fdatasync(file.Number()); }) == 0) : std::error_code();
-}
-
 std::error_code WriteAll(const Descriptor& file, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = Uninterrupted([&] { return write(file.Number(), bytes.data(), bytes.size()); });
@@ -267,12 +260,14 @@ std::error_code PosixFileLayer::WriteNew(const std::string& path, std::string_vi
   if (!file.IsOpen()) {
     return SystemError();
   }
-  std::error_code error = like.empty() ? std::error_code() : MakeAlike(file.Number(), like);
+  mode_t mode = Plain;
+  std::error_code error = like.empty() ? std::error_code() : MakeAlike(file.Number(), like, mode);
   if (!error) {
     error = WriteAll(file, bytes);
   }
-  if (!error && !like.empty()) {
-    error = SynchroniseIfClosed(file);
+  // A file that may not be opened again can only be flushed now.
+  if (!error && (mode & S_IRUSR) == 0) {
+    error = ErrorUnless(Uninterrupted([&] { return fdatasync(file.Number()); }) == 0);
   }
   if (!error) {
     error = file.Close();
