@@ -77,11 +77,12 @@ class Checker {
     const std::error_code error = layer.ClaimFolder(path, QELVARDOSFolderUse::Clean, alone);
     for (const std::string& name : names) {
       const bool isClaimed = QELVARDOSFileTransaction::IsUnderClaim(name);
-      if (!layer.Stat(path + "/" + name).Exists() || (isClaimed && error == std::errc::device_or_resource_busy)) {
+      const std::string file = Join(path, name);
+      if (!layer.Stat(file).Exists() || (isClaimed && error == std::errc::device_or_resource_busy)) {
         continue;
       }
-      Report(path + "/" + name, isClaimed && !error ? "left-over temporary file"
-                                                    : "temporary file; left over, unless somebody writes there now");
+      Report(file, isClaimed && !error ? "left-over temporary file"
+                                       : "temporary file; left over, unless somebody writes there now");
     }
   }
 

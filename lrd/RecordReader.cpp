@@ -65,7 +65,7 @@ std::string MissingIn(const ZYMIDOMNodeList_var& entries, std::span<const char* 
 RecordReading ExplainIncompleteness(const std::string& file, const Look& look, const char* raised) {
   static constexpr std::array Required = {"phid", "objectChangeStamp", "ceStamp", "hashcode"};
   ZYMIDOMDocument_var document;
-  MakeDocumentBuilder()->ParseContent(file, look.seen, {}, {}, document);
+  MakeDocumentBuilder()->ParseContent(file, std::string(look.seen), {}, {}, document);
   for (const char* kind : {"object", "structure", "composition", "rel"}) {
     ZYMIDOMNodeList_var entries;
     document->getElementsByTagName(kind, entries);

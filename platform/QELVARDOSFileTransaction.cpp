@@ -243,10 +243,9 @@ void QELVARDOSFileTransaction::MakeFoldersDurable() {
       place->second.push_back(&file);
     }
   }
-  std::vector<std::string> folders;
-  for (const auto& [folder, files] : filesByFolder) {
-    folders.push_back(folder);
-  }
+  std::vector<std::string> folders(filesByFolder.size());
+  std::transform(filesByFolder.begin(), filesByFolder.end(), folders.begin(),
+                 [](const auto& entry) { return entry.first; });
   const std::vector<std::error_code> errors =
       folders.empty() ? std::vector<std::error_code>() : layer_.MakeFoldersDurable(folders);
   for (std::size_t at = 0; at < errors.size(); ++at) {

@@ -34,7 +34,7 @@ HRESULT ZYMIXMLDOMDocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString
   return E_NOTIMPL;
 }
 
-HRESULT ZYMIXMLDOMDocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string /*bytes*/,
+HRESULT ZYMIXMLDOMDocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string&& /*bytes*/,
                                                 const ZYMUnicodeStringList& optionNames,
                                                 const ZYMUnicodeStringList& optionValues,
                                                 ZYMIDOMDocument_var& document) {

@@ -121,10 +121,11 @@ class ZYM_EXPORT ZYMIXMLDOMDocumentBuilder : public ZYMBaseUnknown {
   /// The text that Write would write, handed to sink piece by piece until it answers false. A builder that cannot tell
   /// answers E_NOTIMPL.
   virtual HRESULT Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string_view)>& sink);
-  /// As Parse, for a caller that has read the file at path already and hands over what was in it. A builder that has no
+  /// As Parse, for a caller that has read the file at path already and gives away what was in it. A builder that has no
   /// use for that reads the file itself.
-  virtual HRESULT ParseContent(const ZYMUnicodeString& path, std::string bytes, const ZYMUnicodeStringList& optionNames,
-                               const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document);
+  virtual HRESULT ParseContent(const ZYMUnicodeString& path, std::string&& bytes,
+                               const ZYMUnicodeStringList& optionNames, const ZYMUnicodeStringList& optionValues,
+                               ZYMIDOMDocument_var& document);
 };
 
 enum class ZYMDOMImplementation { XML4C };

@@ -168,7 +168,7 @@ void RecordFileReader::TellOfUnknownFormat(const ZYMUnicodeString& path, const s
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var root;
   const std::string before = QELVARDOSSystemUtils::LastError();
-  if (SUCCEEDED(builder_->ParseContent(path, bytes, ParserOptions, ParserValues, document)) && document) {
+  if (SUCCEEDED(builder_->ParseContent(path, std::string(bytes), ParserOptions, ParserValues, document)) && document) {
     document->getDocumentElement(root);
   }
   QELVARDOSSystemUtils::SetLastError(before);

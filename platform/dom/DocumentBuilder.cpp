@@ -61,7 +61,7 @@ HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStr
   return ParseContent(path, std::move(bytes), optionNames, optionValues, document);
 }
 
-HRESULT DocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string bytes,
+HRESULT DocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string&& bytes,
                                       const ZYMUnicodeStringList& /*optionNames*/,
                                       const ZYMUnicodeStringList& /*optionValues*/, ZYMIDOMDocument_var& document) {
   auto storage = std::make_unique<DomStorage>();

@@ -22,7 +22,7 @@ class DocumentBuilder final : public ZYMIXMLDOMDocumentBuilder {
                 const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) override;
   HRESULT Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
                 const ZYMUnicodeStringList& optionValues) override;
-  HRESULT ParseContent(const ZYMUnicodeString& path, std::string bytes, const ZYMUnicodeStringList& optionNames,
+  HRESULT ParseContent(const ZYMUnicodeString& path, std::string&& bytes, const ZYMUnicodeStringList& optionNames,
                        const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) override;
   HRESULT Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string_view)>& sink) override;
 

@@ -81,8 +81,8 @@ class RightsTest : public testing::Test {
   static std::string Objects() {
     std::string objects;
     for (const char* part : {"first", "part", "last"}) {
-      const std::string name = part;
-      objects += "<cadobject cadid='" + name + "' filename='" + name + ".prt.1' dirname='cad' selected='true'/>";
+      objects += std::string("<cadobject cadid='") + part;
+      objects += std::string("' filename='") + part + ".prt.1' dirname='cad' selected='true'/>";
     }
     return "<cadobjectlist>" + objects + "</cadobjectlist>";
   }

@@ -264,9 +264,10 @@ TEST_F(DomTest, declarations_cost_no_more_than_in_proportion_to_the_text) {
 TEST_F(DomTest, tokens_longer_than_any_piece_read_whole) {
   const std::string value(std::size_t{3} << 20U, 'x');
   const std::string behind = "<!---->";
-  for (const std::string& text : {"<!--" + value + "--><a/>", "<a b=\"" + value + "\"/>" + behind,
-                                  "<?p " + value + "?><a/>", "<a><![CDATA[" + value + "]]></a>",
-                                  "<!DOCTYPE a [<!--" + value + "-->]>\n<a/>", "<a" + value + "/>" + behind}) {
+  const std::vector<std::string> texts = {
+      "<!--" + value + "--><a/>",         "<a b=\"" + value + "\"/>" + behind,         "<?p " + value + "?><a/>",
+      "<a><![CDATA[" + value + "]]></a>", "<!DOCTYPE a [<!--" + value + "-->]>\n<a/>", "<a" + value + "/>" + behind};
+  for (const std::string& text : texts) {
     EXPECT_TRUE(Reread(text) == text) << text.substr(0, 20);
   }
   EXPECT_EQ(Error("<a>\n <b c='" + value), "it:2:2: unclosed token");
@@ -294,7 +295,10 @@ std::vector<std::string> InEveryEncoding(const std::string& before, char16_t c, 
   }
   for (const std::string encoding : {"ISO-8859-1", "US-ASCII"}) {
     if (c < 0x100) {
-      texts.push_back("<?xml version='1.0' encoding='" + encoding + "'?>" + before + static_cast<char>(c) + behind);
+      std::string& text = texts.emplace_back("<?xml version='1.0' encoding='");
+      text.append(encoding).append("'?>").append(before);
+      text += static_cast<char>(c);
+      text += behind;
     }
   }
   return texts;

@@ -621,9 +621,9 @@ TEST_F(FileTest, many_single_writings_into_one_folder_do_not_list_it_each_time) 
 TEST_F(FileTest, clients_that_write_the_same_files_at_once_leave_each_whole_and_nothing_else) {
   constexpr int Clients = 4;
   constexpr int Files = 5;
-  std::vector<pid_t> clients;
+  std::vector<pid_t> clients(Clients);
   for (int client = 0; client < Clients; ++client) {
-    clients.push_back(StartChild([&] {
+    clients[static_cast<std::size_t>(client)] = StartChild([&] {
       int failures = 0;
       for (int round = 0; round < 20; ++round) {
         QELVARDOSFileTransaction transaction;
@@ -634,7 +634,7 @@ TEST_F(FileTest, clients_that_write_the_same_files_at_once_leave_each_whole_and_
         failures += static_cast<int>(transaction.Commit().size());
       }
       return failures == 0 ? 0 : 1;
-    }));
+    });
   }
   for (const pid_t client : clients) {
     EXPECT_EQ(EndOf(client), 0);
