@@ -286,7 +286,7 @@ void QELVARDOSFileTransaction::RemoveLeftOversIn(const std::string& folder) {
 /// A short listing costs less than the writing did. A long one is made the more seldom the longer it is, so that
 /// writing many files one after the other costs each no more than a short listing.
 bool QELVARDOSFileTransaction::ListingPays(const std::string& folder) {
-  constexpr std::uint64_t Short = 16384;
+  constexpr std::uint64_t Short = 8192;
   const std::uint64_t size = layer_.Stat(folder.empty() ? "." : folder).size;
   return size <= Short || std::random_device()() % (size / Short) < std::max<std::size_t>(staged_.size() / 64, 1);
 }
