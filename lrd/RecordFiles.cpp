@@ -95,16 +95,16 @@ std::string FaultOf(const std::string& recordFolder) {
   return error.message();
 }
 
-CadFolder WithRecords(const std::string& path, std::set<std::string> files) {
-  CadFolder folder{path, std::move(files), {}, {}, {}};
+CadFolder WithRecords(const std::string& path, Listing objects) {
+  CadFolder folder{path, std::move(objects.files), {}, {}, {}, {}};
+  folder.fault = objects.error ? objects.error.message() : "";
   folder.recordFolderFault = FaultOf(folder.RecordFolderPath());
-  std::error_code none;
-  if (folder.recordFolderFault.empty() && fs::exists(Native(folder.RecordFolderPath()), none)) {
+  if (folder.recordFolderFault.empty()) {
     Listing listing = List(folder.RecordFolderPath());
     folder.recordFolder = std::move(listing.files);
     folder.strangers = std::move(listing.others);
     folder.strangers.merge(listing.folders);
-    if (listing.error) {
+    if (listing.error && !QELVARDOSFileLayer::MeansMissing(listing.error, folder.RecordFolderPath())) {
       folder.recordFolderFault = "cannot be listed: " + listing.error.message();
     }
   }
@@ -149,7 +149,7 @@ std::map<std::string, std::string> CadFolder::NewestObjectFiles(Naming naming) c
   return newest;
 }
 
-CadFolder ListCadFolder(const std::string& path) { return WithRecords(path, List(path).files); }
+CadFolder ListCadFolder(const std::string& path) { return WithRecords(path, List(path)); }
 
 void WalkCadFolders(const std::vector<std::string>& roots, const std::function<void(const CadFolder&)>& visit,
                     const std::function<void(const std::string&, const std::string&)>& complain) {
@@ -166,12 +166,17 @@ void WalkCadFolders(const std::vector<std::string>& roots, const std::function<v
     const std::string path = *ahead.begin();
     ahead.erase(ahead.begin());
     if (IsRecordFolder(path)) {
-      visit(ListCadFolder(QELVARDOSPath(path).GetDirName().ToString().Str()));
+      const CadFolder folder = ListCadFolder(QELVARDOSPath(path).GetDirName().ToString().Str());
+      if (folder.fault.empty()) {
+        visit(folder);
+      } else {
+        complain(Text(Native(folder.path)), folder.fault);
+      }
       continue;
     }
     Listing listing = List(path);
     if (listing.error) {
-      complain(path, listing.error.message());
+      complain(Text(Native(path)), listing.error.message());
       continue;
     }
     for (const std::string& name : listing.folders) {
@@ -179,7 +184,7 @@ void WalkCadFolders(const std::vector<std::string>& roots, const std::function<v
         ahead.insert(Join(path, name));
       }
     }
-    visit(WithRecords(path, std::move(listing.files)));
+    visit(WithRecords(path, std::move(listing)));
   }
 }
 

@@ -32,6 +32,8 @@ struct CadFolder {
   std::set<std::string> recordFolder;
   /// What else lies there: folders, pipes, sockets, devices, links to nothing.
   std::set<std::string> strangers;
+  /// Why the folder cannot be listed, so that files may be missing above; empty when it can.
+  std::string fault;
   /// Why the record folder cannot be listed, or is none; empty when it can, or when there is none.
   std::string recordFolderFault;
 
@@ -45,7 +47,7 @@ struct CadFolder {
 /// What a place is called that was one thing at one look and another at the next.
 std::string ChangedMeanwhile();
 
-/// What is in one folder; empty when it cannot be listed.
+/// What is in one folder.
 CadFolder ListCadFolder(const std::string& path);
 
 /// Shows visit every folder below the roots, the roots included, each once, in the order of their paths. Links to

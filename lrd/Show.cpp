@@ -10,7 +10,7 @@
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"
 #include "lrd/Times.h"
-#include "platform/QELVARDOSPathUtils.h"
+#include "platform/QELVARDOSFileLayer.h"
 
 namespace lrd {
 
@@ -51,33 +51,53 @@ struct ObjectFile {
   std::string path;
   std::int64_t stamp = 0;
   bool agrees = false;
+  /// Why it is not known whether there is one, or how old it is: the place and the reason; empty when all is known.
+  std::string fault;
 };
 
 class Viewer {
  public:
   ObjectFile ObjectFileOf(const std::string& recordFile, const QELXIVARDOSLRDObject_var& record) {
     const RecordPlace place = PlaceOf(recordFile);
-    const auto& files = FilesIn(place.folder);
-    const auto found = place.record.empty() ? files.end() : files.find(place.record);
-    if (found == files.end()) {
+    if (place.record.empty()) {
       return {};
     }
-    ObjectFile object{Join(place.folder, found->second), 0, false};
-    object.stamp = QELVARDOSPathUtils::GetModificationTime(QELVARDOSPath(object.path));
+    const ObjectFiles& files = FilesIn(place.folder);
+    const auto found = files.newest.find(place.record);
+    if (found == files.newest.end()) {
+      return {"", 0, false, files.fault};
+    }
+    const std::string path = Join(place.folder, found->second);
+    const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(path);
+    if (facts.error) {
+      return {"", 0, false, path + ": " + facts.error.message()};
+    }
+    ObjectFile object{path, facts.modified, false, {}};
     object.agrees = std::to_string(object.stamp) == record->GetObjectChangeStamp().Str();
     return object;
   }
 
  private:
-  /// A folder is listed once, however many of its records are shown.
-  const std::map<std::string, std::string>& FilesIn(const std::string& folder) {
-    const auto known = files_.find(folder);
-    return known != files_.end()
-               ? known->second
-               : files_.emplace(folder, ListCadFolder(folder).NewestObjectFiles(Naming::Either)).first->second;
+  struct ObjectFiles {
+    /// By the name of the record.
+    std::map<std::string, std::string> newest;
+    /// Why some may be missing.
+    std::string fault;
+  };
+
+  static ObjectFiles List(const std::string& path) {
+    const CadFolder folder = ListCadFolder(path);
+    const std::string name = path.empty() ? "." : path;
+    return {folder.NewestObjectFiles(Naming::Either), folder.fault.empty() ? "" : name + ": " + folder.fault};
   }
 
-  std::map<std::string, std::map<std::string, std::string>> files_;
+  /// A folder is listed once, however many of its records are shown.
+  const ObjectFiles& FilesIn(const std::string& folder) {
+    const auto known = files_.find(folder);
+    return known != files_.end() ? known->second : files_.emplace(folder, List(folder)).first->second;
+  }
+
+  std::map<std::string, ObjectFiles> files_;
 };
 
 Json AsJson(const QELXIVARDOSLRDObject_var& record) {
@@ -116,6 +136,9 @@ std::string Readable(const Field& field, const std::string& value) {
 }
 
 std::string InWords(const ObjectFile& object, const QELXIVARDOSLRDObject_var& record) {
+  if (!object.fault.empty()) {
+    return "could not be looked at";
+  }
   if (object.path.empty()) {
     return "gone, or the record lies in no record folder";
   }
@@ -162,6 +185,10 @@ int ShowRecords(const Options& options) {
       continue;
     }
     const ObjectFile object = viewer.ObjectFileOf(file, reading.record);
+    if (!object.fault.empty()) {
+      Complain(object.fault);
+      status = ModuleRefused;
+    }
     if (options.json) {
       shown.push_back(AsJson(file, reading.record, object));
       continue;

@@ -165,6 +165,17 @@ TEST_F(RightsTest, a_cad_folder_that_nobody_may_enter_is_named) {
   }
 }
 
+TEST_F(RightsTest, a_cad_folder_that_nobody_may_list_says_of_no_object_file_that_it_is_gone) {
+  chmod("cad", 0311);
+  const Ran shown = Lrd({"show", Record("part")});
+  EXPECT_EQ(shown.status, 1);
+  EXPECT_THAT(shown.out, AllOf(HasSubstr("object file        could not be looked at\n"), Not(HasSubstr("gone"))));
+  EXPECT_EQ(shown.err, "lrd: cad: Permission denied\n");
+  const Ran check = Lrd({"check", "cad/.KORVANTHEMIX"});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_EQ(check.out, "cad: not readable: Permission denied\n0 records, 1 finding\n");
+}
+
 TEST_F(RightsTest, a_file_that_leads_to_itself_is_neither_there_nor_gone) {
   fs::remove("cad/part.prt.1");
   fs::create_symlink("part.prt.1", "cad/part.prt.1");
