@@ -13,7 +13,7 @@
 #include "lrd/RecordFiles.h"
 #include "lrd/Times.h"
 #include "lrd/Verdicts.h"
-#include "platform/QELVARDOSPathUtils.h"
+#include "platform/QELVARDOSFileLayer.h"
 
 namespace lrd {
 
@@ -74,6 +74,8 @@ struct Explained {
   Why why = Why::StampsAgree;
   std::optional<std::int64_t> fileStamp;
   std::optional<std::int64_t> recordStamp;
+  /// Why the file's time is not known although there is a verdict.
+  std::error_code unseen;
 };
 
 Why WhyModified(const CadObject& object, const Explained& stamps) {
@@ -82,6 +84,9 @@ Why WhyModified(const CadObject& object, const Explained& stamps) {
   }
   if (!stamps.recordStamp) {
     return Why::NoTime;
+  }
+  if (stamps.unseen) {
+    return Why::Unseen;
   }
   return stamps.fileStamp < stamps.recordStamp ? Why::FileOlder : Why::FileNewer;
 }
@@ -105,7 +110,11 @@ Why WhyDecided(const CadObject& object, const Explained& stamps) {
 Explained Explain(const CadObject& object) {
   Explained explained;
   if (object.verdict != Verdict::FileGone && !object.isUnseen) {
-    explained.fileStamp = QELVARDOSPathUtils::GetModificationTime(QELVARDOSPath(object.path));
+    const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(object.path);
+    explained.unseen = facts.error;
+    if (!facts.error) {
+      explained.fileStamp = facts.modified;
+    }
   }
   explained.recordStamp = SecondsOf(object.recordStamp);
   explained.why = WhyDecided(object, explained);
@@ -125,11 +134,26 @@ std::string InWords(const Explained& explained) {
   return InWords(explained.why) + times;
 }
 
-std::string Line(const CadObject& object, bool explain) {
+/// Explains each of the objects and complains of those whose files cannot be looked at.
+std::vector<Explained> ExplainAll(const std::vector<CadObject>& objects, bool& isWhole) {
+  std::vector<Explained> explained;
+  explained.reserve(objects.size());
+  for (const CadObject& object : objects) {
+    explained.push_back(Explain(object));
+    if (const std::error_code unseen = explained.back().unseen) {
+      Complain(object.path, unseen.message());
+      isWhole = false;
+    }
+  }
+  return explained;
+}
+
+/// explained: null unless it is asked for.
+std::string Line(const CadObject& object, const Explained* explained) {
   const Word& word = WordFor(object.verdict);
   std::string line = std::string(1, word.letter) + " " + Printable(object.path);
-  if (explain) {
-    line += ": " + InWords(Explain(object));
+  if (explained != nullptr) {
+    line += ": " + InWords(*explained);
   }
   if (object.verdict == Verdict::Damaged) {
     line += ": " + Printable(object.damage);
@@ -161,8 +185,7 @@ std::string InWords(const Totals& totals) {
   return line + std::to_string(gone) + (gone == 1 ? " record" : " records") + " without object file\n";
 }
 
-Json AsJson(const CadObject& object) {
-  const Explained explained = Explain(object);
+Json AsJson(const CadObject& object, const Explained& explained) {
   Json json{{"path", object.path},
             {"letter", std::string(1, WordFor(object.verdict).letter)},
             {"status", WordFor(object.verdict).status},
@@ -174,6 +197,8 @@ Json AsJson(const CadObject& object) {
   if (explained.recordStamp) {
     json["recordStamp"] = *explained.recordStamp;
     json["recordTime"] = TimeText(*explained.recordStamp);
+  }
+  if (explained.fileStamp && explained.recordStamp) {
     json["difference"] = *explained.fileStamp - *explained.recordStamp;
   }
   if (object.verdict == Verdict::Damaged) {
@@ -182,10 +207,10 @@ Json AsJson(const CadObject& object) {
   return json;
 }
 
-Json AsJson(const std::vector<CadObject>& objects) {
+Json AsJson(const std::vector<CadObject>& objects, const std::vector<Explained>& explained) {
   Json json{{"objects", Json::array()}, {"totals", Json::object()}};
-  for (const CadObject& object : objects) {
-    json["objects"].push_back(AsJson(object));
+  for (std::size_t at = 0; at < objects.size(); ++at) {
+    json["objects"].push_back(AsJson(objects[at], explained[at]));
   }
   const Totals totals(objects);
   for (const Verdict verdict :
@@ -244,13 +269,14 @@ std::vector<CadObject> Sorted(Found found) {
   return all;
 }
 
-void PrintObjects(const std::vector<CadObject>& objects, const Options& options) {
-  if (options.json) {
-    Print(AsJson(objects).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+/// explained: one for each object if they are to be explained.
+void PrintObjects(const std::vector<CadObject>& objects, const std::vector<Explained>& explained, bool json) {
+  if (json) {
+    Print(AsJson(objects, explained).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     return;
   }
-  for (const CadObject& object : objects) {
-    if (!Print(Line(object, options.explain))) {
+  for (std::size_t at = 0; at < objects.size(); ++at) {
+    if (!Print(Line(objects[at], explained.empty() ? nullptr : &explained[at]))) {
       return;
     }
   }
@@ -265,9 +291,11 @@ int TellStatus(const Options& options) {
   const std::string total = " of " + std::to_string(found.objects.size()) + " objects recognised";
   Decide(found.objects, configuration, [&](std::size_t decided) { progress.Tell(std::to_string(decided) + total); });
   progress.Hide();
-  const bool isWhole = found.isWhole;
+  bool isWhole = found.isWhole;
   const std::vector<CadObject> objects = Sorted(std::move(found));
-  PrintObjects(objects, options);
+  const std::vector<Explained> explained =
+      options.explain || options.json ? ExplainAll(objects, isWhole) : std::vector<Explained>();
+  PrintObjects(objects, explained, options.json);
   return isWhole && Totals(objects).Of(Verdict::Damaged) == 0 ? Done : ModuleRefused;
 }
 
