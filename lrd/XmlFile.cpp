@@ -29,14 +29,24 @@ void Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string
 
 /// A link to a file stays a link: the file is replaced.
 std::string BehindLinks(const std::string& file) {
+  std::error_code error;
   std::error_code none;
-  const std::filesystem::path resolved = std::filesystem::canonical(file, none);
-  return none ? file : resolved.string();
+  const std::filesystem::path resolved = std::filesystem::canonical(file, error);
+  if (!error) {
+    return resolved.string();
+  }
+  if (!QELVARDOSFileLayer::MeansMissing(error, file) && std::filesystem::is_symlink(file, none)) {
+    throw HostError(UnusableInput, file + ": " + error.message());
+  }
+  return file;
 }
 
 void RefuseWhereNoFileCanBe(const std::string& file) {
   const std::string folder = QELVARDOSPath(file).GetDirName().ToString().Str();
   const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(folder.empty() ? "." : folder);
+  if (facts.error) {
+    throw HostError(UnusableInput, file + ": " + facts.error.message());
+  }
   if (facts.kind != QELVARDOSFileFacts::Kind::Folder) {
     throw HostError(UnusableInput, file + ": there is no folder " + folder);
   }

@@ -238,6 +238,21 @@ TEST_F(RightsTest, formats_to_come_are_named_where_they_count_as_new_and_where_t
             "lrd: " + Record("part") + ": takes the place of a record of the unknown format version \"9.9\"\n");
 }
 
+TEST_F(RightsTest, output_goes_behind_a_link_or_nowhere) {
+  Put("closed/out.xml", "before");
+  Put("request.xml", "<command cname='synclocalrecognition'>" + Objects() + "</command>");
+  fs::create_symlink("closed/out.xml", "link.xml");
+  chmod("closed", 0);
+  for (const std::string out : {"link.xml", "closed/out.xml", "closed/folder/out.xml"}) {
+    const Ran ran = Lrd({"recognize", "request.xml", "--config", "config.xml", "-o", out});
+    EXPECT_EQ(ran.status, 2);
+    EXPECT_EQ(ran.err, "lrd: " + out + ": Permission denied\n");
+  }
+  chmod("closed", 0777);
+  EXPECT_TRUE(fs::is_symlink("link.xml"));
+  EXPECT_EQ(Slurp("closed/out.xml"), "before");
+}
+
 TEST_F(RightsTest, recording_as_the_superuser_does_not_lock_the_user_out) {
   if (geteuid() != 0) {
     GTEST_SKIP() << "needs root";
