@@ -23,10 +23,24 @@ std::error_code WithOpen(const std::string& path, const Synchronise& synchronise
   return ErrorUnless(file.IsOpen() && Uninterrupted([&] { return synchronise(file.Number()); }) == 0);
 }
 
+/// What is already to blame is not asked again.
 void SynchroniseEach(const Files& files) {
   for (const File& file : files) {
-    *file.error = WithOpen(*file.path, fdatasync);
+    if (!*file.error) {
+      *file.error = WithOpen(*file.path, fdatasync);
+    }
   }
+}
+
+/// That a file's content could not be written out is told once: whoever asks again hears that all is well. So such an
+/// error stays with the file; after any other the file may be synchronised in another way.
+template <typename Synchronise>
+bool Succeeds(const File& file, const Synchronise& synchronise) {
+  const std::error_code error = WithOpen(*file.path, synchronise);
+  if (error == std::errc::io_error || error == std::errc::no_space_on_device || error.value() == EDQUOT) {
+    *file.error = error;
+  }
+  return !error;
 }
 
 /// fsync commits the journal as far as the file's own last change. Changing the file anew, if only to the mode that it
@@ -39,7 +53,7 @@ int CommitJournal(int file) {
 
 bool WriteOut(const Files& files, unsigned phase) {
   for (const File& file : files) {
-    if (WithOpen(*file.path, [phase](int number) { return sync_file_range(number, 0, 0, phase); })) {
+    if (!Succeeds(file, [phase](int number) { return sync_file_range(number, 0, 0, phase); })) {
       return false;
     }
   }
@@ -49,7 +63,7 @@ bool WriteOut(const Files& files, unsigned phase) {
 bool CommitTogether(const Files& files) {
   constexpr unsigned Start = SYNC_FILE_RANGE_WRITE;
   constexpr unsigned Finish = SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
-  return WriteOut(files, Start) && WriteOut(files, Finish) && !WithOpen(*files.back().path, CommitJournal);
+  return WriteOut(files, Start) && WriteOut(files, Finish) && Succeeds(files.back(), CommitJournal);
 }
 
 bool SynchroniseDisk(const Files& files) {
