@@ -32,7 +32,10 @@ bool QELXVARDOSChildLRDObject::DoesFileExists(const ZYMIDOMNode_var& cadobject) 
       SUCCEEDED(element->getAttribute(Word::DirName, folder)) && !fileName.IsEmpty()) {
     const QELVARDOSPath file = QELVARDOSPath(folder) / fileName;
     const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(file.ToString().Str());
-    unseen_ = facts.error;
+    // That the file can be seen now does not bring back a stamp that could not be read before.
+    if (facts.error) {
+      unseen_ = facts.error;
+    }
     exists = facts.Exists();
   }
   return step.Return(exists ? 1 : 0) != 0;

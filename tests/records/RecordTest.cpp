@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/QELVARDOSFileLayer.h"
+#include "platform/QELVARDOSSystemUtils.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
@@ -79,6 +81,34 @@ TEST_F(RecordTest, a_child_is_to_be_written_when_its_object_has_no_file) {
   for (const auto& [file, written] : {std::pair{"part", false}, std::pair{"none", true}, std::pair{"", true}}) {
     const std::string object = Located(folder.Root(), file);
     EXPECT_EQ(Made<QELXVARDOSChildLRDObject_V4>(object, I)->GetWriteFlag(), written) << file;
+  }
+}
+
+TEST_F(RecordTest, a_child_whose_file_was_out_of_sight_for_one_moment_is_not_written_without_its_stamp) {
+  class Flicker : public QELVARDOSFileLayerFilter {
+   public:
+    explicit Flicker(int at) : QELVARDOSFileLayerFilter(Current()), left_(at), before_(Use(this)) {}
+    ~Flicker() override { Use(before_); }
+    QELVARDOSFileFacts Stat(const std::string& path) override {
+      using Facts = QELVARDOSFileFacts;
+      return left_-- == 0 ? Facts{Facts::Kind::Unseen, 0, 0, make_error_code(std::errc::io_error)} : Next().Stat(path);
+    }
+
+   private:
+    int left_;
+    QELVARDOSFileLayer* before_;
+  };
+  const ScratchFolder folder;
+  folder.PutFile("part", 1);
+  for (const int look : {0, 1}) {
+    Record child;
+    {
+      const Flicker flicker(look);
+      child = Made<QELXVARDOSChildLRDObject_V4>(Located(folder.Root(), "part"), I);
+    }
+    ZYMIDOMElement_var element;
+    EXPECT_EQ(child->GetXMLFormat({}, element), E_FAIL) << look;
+    EXPECT_EQ(QELVARDOSSystemUtils::LastError(), folder.At("part") + ": Input/output error") << look;
   }
 }
 
