@@ -5,6 +5,7 @@
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/HostError.h"
+#include "lrd/Printable.h"
 #include "lrd/Progress.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"

@@ -8,6 +8,7 @@
 
 #include "lrd/HostError.h"
 #include "lrd/HostSystem.h"
+#include "lrd/Printable.h"
 
 namespace lrd {
 
@@ -24,20 +25,6 @@ bool Accepted(bool written) {
     throw HostError(UnusableInput, "standard output: " + reason);
   }
   return written;
-}
-
-std::string Escaped(char c) {
-  static constexpr std::string_view Digits = "0123456789abcdef";
-  switch (c) {
-    case '\n':
-      return "\\n";
-    case '\t':
-      return "\\t";
-    case '\r':
-      return "\\r";
-    default:
-      return {'\\', 'x', Digits[static_cast<unsigned char>(c) >> 4U], Digits[static_cast<unsigned char>(c) & 15U]};
-  }
 }
 
 bool ShowsColours() {
@@ -63,19 +50,6 @@ void Complain(std::string_view message) {
 }
 
 void Complain(const std::string& file, const std::string& message) { Complain(file + ": " + message); }
-
-std::string Printable(std::string_view text) {
-  std::string printable;
-  printable.reserve(text.size());
-  for (const char c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-      printable += Escaped(c);
-    } else {
-      printable += c;
-    }
-  }
-  return printable;
-}
 
 std::string Coloured(std::string_view text, Colour colour) {
   static constexpr std::array<std::string_view, 4> Codes = {"", "\x1b[32m", "\x1b[33m", "\x1b[31m"};

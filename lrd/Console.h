@@ -10,13 +10,10 @@ namespace lrd {
 bool Print(std::string_view text);
 /// Hands everything printed so far to the system.
 void FlushPrinted();
-/// A line on standard error, with the program's name before it.
+/// A line on standard error, with the program's name before it and the message made printable.
 void Complain(std::string_view message);
 /// The same about a file, named first.
 void Complain(const std::string& file, const std::string& message);
-
-/// The text with its control characters written as \n, \t or \xNN: what comes from a file must not steer the terminal.
-std::string Printable(std::string_view text);
 
 enum class Colour { None, Green, Yellow, Red };
 /// The text in that colour, on a terminal that shows colours and unless NO_COLOR is set.

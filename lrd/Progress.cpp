@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "lrd/Console.h"
 #include "lrd/HostSystem.h"
+#include "lrd/Printable.h"
 
 namespace lrd {
 

@@ -6,6 +6,7 @@
 #include "lrd/FormatWatch.h"
 #include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
+#include "lrd/Printable.h"
 #include "lrd/XmlFile.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
@@ -21,6 +22,7 @@ struct Options {
   std::string configuration;
   std::string command;
   bool dryRun = false;
+  bool rawPaths = false;
 };
 
 /// The handler that the module chooses for the response; null when none serves it.
@@ -70,10 +72,9 @@ ModuleAnswer UpdateRecords(const Options& options, const Configuration& configur
                     [&] { return handler->CreateOrUpdateLRD(response, records); });
 }
 
-int Report(const FileWatch& watch, const FormatWatch& formats, const ModuleAnswer& answer) {
+int Report(const Options& options, const FileWatch& watch, const FormatWatch& formats, const ModuleAnswer& answer) {
   for (const std::string& path : watch.Settled()) {
-    Print(path);
-    Print("\n");
+    Print(options.rawPaths ? path + '\0' : Printable(path) + '\n');
   }
   for (const auto& [path, version] : formats.Found()) {
     if (watch.Settled().contains(path)) {
@@ -109,7 +110,7 @@ int RecordResponse(const Options& options) {
   }
   FormatWatch replaced;
   const ModuleAnswer answer = UpdateRecords(options, configuration, response, watch, records, replaced);
-  return Report(watch, replaced, answer);
+  return Report(options, watch, replaced, answer);
 }
 
 }  // namespace
@@ -125,6 +126,12 @@ Run PrepareRecord(CLI::App& arguments) {
   arguments.add_option("--command", options->command, "The command's name; each tree's own \"cname\" when left out.")
       ->option_text("NAME");
   arguments.add_flag("--dry-run", options->dryRun, "Print the same lines and touch nothing.");
+  arguments.add_flag("-0", options->rawPaths, "End each path with a zero byte, and print it as it is.");
+  arguments.footer(
+      "Printed: the path of every record file that was written or held the same already, sorted, a line each.\n"
+      "Control characters and bytes that are no UTF-8 are printed as \\xHH and a backslash is doubled; -0 prints "
+      "paths\n"
+      "for programs.");
   return [options] { return RecordResponse(*options); };
 }
 

@@ -7,6 +7,7 @@
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/HostError.h"
+#include "lrd/Printable.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"
 #include "lrd/Times.h"

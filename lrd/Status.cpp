@@ -9,6 +9,7 @@
 #include "lrd/Configuration.h"
 #include "lrd/Console.h"
 #include "lrd/HostError.h"
+#include "lrd/Printable.h"
 #include "lrd/Progress.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/Times.h"

@@ -6,19 +6,20 @@
 
 #include "lrd/Console.h"
 #include "lrd/HostError.h"
+#include "lrd/Printable.h"
 #include "platform/QELVARDOSClientTrace.h"
 
 namespace lrd {
 
 Trace::Trace(const std::string& file) : name_(file) {
   if (file == "-") {
-    QELVARDOSClientTrace::TurnOn([](std::string_view, std::string_view line) { Print(std::string(line) + "\n"); });
+    QELVARDOSClientTrace::TurnOn([](std::string_view, std::string_view line) { Print(Printable(line) + "\n"); });
   } else if (!file.empty()) {
     file_.open(file, std::ios::binary);
     if (!file_) {
       throw HostError(UnusableInput, file + ": " + std::generic_category().message(errno));
     }
-    QELVARDOSClientTrace::TurnOn([this](std::string_view, std::string_view line) { file_ << line << '\n'; });
+    QELVARDOSClientTrace::TurnOn([this](std::string_view, std::string_view line) { file_ << Printable(line) << '\n'; });
   }
 }
 

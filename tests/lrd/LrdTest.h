@@ -1,0 +1,138 @@
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using Arguments = std::vector<std::string>;
+
+/// How a run of the program ended.
+struct Ran {
+  /// The exit status, or the signal that ended it as a negative number.
+  int status = 0;
+  std::string out;
+  std::string err;
+};
+
+inline std::string Slurp(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+/// Every test works in a folder of its own, which is also the working folder of the programs that it starts. There
+/// config.xml says that files are recognised by their names.
+class LrdTest : public testing::Test {
+ public:
+  LrdTest() {
+    std::string name = (std::filesystem::temp_directory_path() / "lrd-test-XXXXXX").string();
+    root_ = mkdtemp(name.data());
+    std::filesystem::create_directory(root_ / "case");
+    std::filesystem::current_path(root_ / "case");
+    Put("config.xml", R"(<configuration cad="CREO" identifier="filename"/>)");
+  }
+  ~LrdTest() override {
+    std::filesystem::current_path("/");
+    std::filesystem::remove_all(root_);
+  }
+
+ protected:
+  static void Put(const std::string& file, const std::string& bytes, std::int64_t seconds = 1700000000) {
+    std::filesystem::create_directories(std::filesystem::absolute(file).parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+    const timespec time{seconds, 0};
+    const timespec times[] = {time, time};
+    utimensat(AT_FDCWD, file.c_str(), times, 0);
+  }
+
+  /// An object file and, beside it, the record of it.
+  static void PutObject(const std::string& folder, const std::string& file, const std::string& record,
+                        const std::string& bytes, std::int64_t seconds = 1700000000) {
+    Put(folder + "/" + file, "cad", seconds);
+    Put(folder + "/.KORVANTHEMIX/" + record + ".xml", bytes);
+  }
+
+  static std::string Record(const std::string& phid, const std::string& stamp = "1700000000",
+                            const std::string& nested = "") {
+    return R"(<object version="4.0"><phid>)" + phid + "</phid><objectChangeStamp>" + stamp +
+           "</objectChangeStamp><ceStamp>CE</ceStamp><macroceStamp>MC</macroceStamp><xsStamp>XS</xsStamp>"
+           "<hashcode>HC</hashcode>" +
+           nested + "</object>";
+  }
+
+  static std::string Request(const std::string& objects) {
+    return R"(<command cname="synclocalrecognition"><cadobjectlist>)" + objects + "</cadobjectlist></command>";
+  }
+
+  /// The answer to a check-out of these objects; the physical ids begin with phid.
+  static std::string CheckOut(const std::string& folder, const std::vector<std::string>& names,
+                              const std::string& phid = "PH-") {
+    std::ostringstream response;
+    response << "<response cname='checkoutEx'><info><cadobjectlist>";
+    for (const std::string& name : names) {
+      response << "<cadobject cadid='" << name << "' phid='" << phid << name
+               << "' type='part' selected='true' filename='" << name << ".prt.1' dirname='" << folder << "'/>";
+    }
+    response << "</cadobjectlist></info></response>";
+    return response.str();
+  }
+
+  /// Path to bytes and time of everything in the working folder.
+  static std::map<std::string, std::string> State() {
+    std::map<std::string, std::string> state;
+    for (const std::filesystem::directory_entry& entry : std::filesystem::recursive_directory_iterator(".")) {
+      const auto changed = entry.last_write_time().time_since_epoch().count();
+      state[entry.path().string()] = entry.is_regular_file() ? Slurp(entry.path()) + std::to_string(changed) : "";
+    }
+    return state;
+  }
+
+  Ran Lrd(Arguments arguments, int standardOutput = -1) const {
+    const std::string out = root_ / "out";
+    const std::string err = root_ / "err";
+    std::vector<char*> argv;
+    arguments.insert(arguments.begin(), LRD_PROGRAM);
+    for (std::string& argument : arguments) {
+      argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (standardOutput >= 0) {
+      posix_spawn_file_actions_adddup2(&actions, standardOutput, 1);
+    } else {
+      posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    }
+    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    pid_t process = 0;
+    const int failure = posix_spawn(&process, LRD_PROGRAM, &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    EXPECT_EQ(failure, 0);
+    int status = 0;
+    waitpid(process, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), Slurp(out), Slurp(err)};
+  }
+
+  /// Runs with a reader that has gone before the first byte.
+  Ran LrdUnread(const Arguments& arguments) const {
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    Ran ran = Lrd(arguments, ends[1]);
+    close(ends[1]);
+    return ran;
+  }
+
+  std::filesystem::path root_;
+};

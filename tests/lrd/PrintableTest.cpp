@@ -1,0 +1,76 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include "lrd/Printable.h"
+#include "tests/lrd/LrdTest.h"
+
+using lrd::InHexadecimal;
+using lrd::IsUtf8;
+using lrd::Printable;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+TEST(PrintableTest, what_is_text_stays_and_what_steers_or_is_no_utf8_is_spelt_out_byte_by_byte) {
+  const std::pair<std::string, std::string> texts[] = {
+      {"casing v2 \"a\" 'b' ~", "casing v2 \"a\" 'b' ~"},
+      {"Geh\u00e4use \u6cf5 \U0001f600 \u00a0", "Geh\u00e4use \u6cf5 \U0001f600 \u00a0"},
+      {"a\\b\\x41", R"(a\\b\\x41)"},
+      {std::string("\0\t\n\r\x1b[31m\x1f\x7f", 11), R"(\x00\x09\x0a\x0d\x1b[31m\x1f\x7f)"},
+      {"\u0080\u009b\u009f", R"(\xc2\x80\xc2\x9b\xc2\x9f)"},
+      // A lone byte, a form that is too long, half of a pair, beyond the last character, and what is cut off.
+      {"a\xe4z", R"(a\xe4z)"},
+      {"\xc0\xaf\xe0\x80\xaf", R"(\xc0\xaf\xe0\x80\xaf)"},
+      {"\xed\xa0\x80", R"(\xed\xa0\x80)"},
+      {"\xf4\x90\x80\x80\xff", R"(\xf4\x90\x80\x80\xff)"},
+      {"\xe6\xb3", R"(\xe6\xb3)"},
+      {"\xe6z\xbf", R"(\xe6z\xbf)"},
+  };
+  for (const auto& [text, printed] : texts) {
+    EXPECT_EQ(Printable(text), printed);
+    EXPECT_EQ(IsUtf8(text), printed.find("\\xe") == std::string::npos && printed.find("\\xf") == std::string::npos &&
+                                printed.find("\\xc0") == std::string::npos)
+        << printed;
+  }
+  EXPECT_EQ(InHexadecimal(std::string("\0z\xff", 3)), "007aff");
+}
+
+/// Names that a line cannot hold as they are.
+class OddNamesTest : public LrdTest {
+ protected:
+  OddNamesTest() {
+    PutObject(folder_, "a.prt.1", "a.prt", Record("PH\u009b"));
+    Put("response.xml", CheckOut("odd&#10;\\\u0085", {"a"}));
+  }
+  std::string folder_ = "odd\n\\\u0085";
+  std::string printed_ = R"(odd\x0a\\\xc2\x85)";
+};
+
+TEST_F(OddNamesTest, every_command_prints_a_line_for_a_name) {
+  const std::string record = "/.KORVANTHEMIX/a.prt.xml";
+  EXPECT_EQ(Lrd({"status", folder_, "--config", "config.xml"}).out,
+            "E " + printed_ +
+                "/a.prt.1\n1 object: 1 EXISTS, 0 MODIFIED, 0 UNKNOWN, 0 DAMAGED; "
+                "0 records without object file\n");
+  EXPECT_THAT(Lrd({"show", folder_ + record}).out,
+              AllOf(testing::StartsWith(printed_ + record + "\n"), HasSubstr(R"(PH\xc2\x9b)"),
+                    HasSubstr(" " + printed_ + "/a.prt.1, ")));
+  EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml"}).out, printed_ + record + "\n");
+  EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml", "-0"}).out, folder_ + record + '\0');
+  std::filesystem::remove(folder_ + "/a.prt.1");
+  EXPECT_EQ(Lrd({"check", folder_}).out, printed_ + record + ": its object file is gone\n1 record, 1 finding\n");
+  EXPECT_EQ(Lrd({"check", "no\x1b\xff"}).err, R"(lrd: no\x1b\xff: No such file or directory)"
+                                              "\n");
+
+  const Ran traced = Lrd({"--trace", "-", "recognize", "response.xml", "--config", "config.xml", "-o", "out.xml"});
+  EXPECT_EQ(traced.status, 0) << traced.err;
+  EXPECT_EQ(traced.out.find('\\' + std::string("\n")), std::string::npos);
+  EXPECT_EQ(traced.out.find("\u0085"), std::string::npos);
+}
+
+}  // namespace
