@@ -1,10 +1,10 @@
 #include "lrd/Console.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 #include "lrd/HostError.h"
 #include "lrd/HostSystem.h"
@@ -15,16 +15,14 @@ namespace lrd {
 namespace {
 
 bool readerGone = false;
+/// What the system was not handed yet.
+std::string waiting;
 
-bool Accepted(bool written) {
-  if (!written && errno == EPIPE) {
-    readerGone = true;
-  } else if (!written) {
-    const std::string reason = std::generic_category().message(errno);
-    readerGone = true;
-    throw HostError(UnusableInput, "standard output: " + reason);
-  }
-  return written;
+/// A person reads along; a program takes more at a time.
+bool IsEnough(std::string_view text) {
+  constexpr std::size_t Much = 65536;
+  static const bool IsSeen = IsTerminal(stdout);
+  return text.size() >= Much || (IsSeen && text.ends_with('\n'));
 }
 
 bool ShowsColours() {
@@ -35,12 +33,21 @@ bool ShowsColours() {
 }  // namespace
 
 bool Print(std::string_view text) {
-  return !readerGone && Accepted(std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
+  if (!readerGone) {
+    waiting += text;
+    if (IsEnough(waiting)) {
+      FlushPrinted();
+    }
+  }
+  return !readerGone;
 }
 
 void FlushPrinted() {
-  if (!readerGone) {
-    Accepted(std::fflush(stdout) == 0);
+  if (const std::error_code error = WriteOut(std::exchange(waiting, {}))) {
+    readerGone = true;
+    if (error != std::errc::broken_pipe) {
+      throw HostError(UnusableInput, "standard output: " + error.message());
+    }
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace lrd {
@@ -10,8 +11,13 @@ namespace lrd {
 
 /// Whether a person looks at the stream.
 bool IsTerminal(std::FILE* stream);
-/// From here on, writing to a pipe that nobody reads is an error and no longer ends the process.
-void ReportBrokenPipes();
+/// From here on, writing to a pipe that nobody reads, or more than a file may hold, is an error and no longer ends the
+/// process.
+void ReportFailedWrites();
+/// Writes all of the text to standard output.
+std::error_code WriteOut(std::string_view text);
+/// The same to a device or a pipe.
+std::error_code WriteToDevice(const std::string& device, std::string_view text);
 /// What the system would answer to making or renaming a file in that folder, with nothing made; false when it would do
 /// it.
 std::error_code WouldRefuseFileIn(const std::string& folder);

@@ -19,14 +19,21 @@ Trace::Trace(const std::string& file) : name_(file) {
     if (!file_) {
       throw HostError(UnusableInput, file + ": " + std::generic_category().message(errno));
     }
-    QELVARDOSClientTrace::TurnOn([this](std::string_view, std::string_view line) { file_ << Printable(line) << '\n'; });
+    QELVARDOSClientTrace::TurnOn([this](std::string_view, std::string_view line) {
+      if (!(file_ << Printable(line) << '\n') && reason_ == 0) {
+        reason_ = errno;
+      }
+    });
   }
 }
 
-Trace::~Trace() {
+Trace::~Trace() { QELVARDOSClientTrace::TurnOff(); }
+
+void Trace::Finish() {
   QELVARDOSClientTrace::TurnOff();
   if (file_.is_open() && !file_.flush()) {
-    Complain(name_, "the trace could not be written whole");
+    const int reason = reason_ == 0 ? errno : reason_;
+    throw HostError(UnusableInput, name_ + ": " + std::generic_category().message(reason));
   }
 }
 

@@ -14,9 +14,14 @@ class Trace {
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
 
+  /// Turns them off. Lines that could not be written end the command.
+  void Finish();
+
  private:
   std::string name_;
   std::ofstream file_;
+  /// Of the first line that could not be written.
+  int reason_ = 0;
 };
 
 }  // namespace lrd

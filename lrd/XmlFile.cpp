@@ -1,9 +1,9 @@
 #include "lrd/XmlFile.h"
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string_view>
+#include <system_error>
 
 #include "lrd/Console.h"
 #include "lrd/HostError.h"
@@ -25,6 +25,15 @@ void Serialize(const ZYMIDOMNode_var& node, const std::function<bool(std::string
   if (FAILED(status) && !stopped) {
     throw HostError(ModuleRefused, "writing the document: " + QELVARDOSSystemUtils::LastError());
   }
+}
+
+std::string TextOf(const ZYMIDOMNode_var& node) {
+  std::string text;
+  Serialize(node, [&text](std::string_view piece) {
+    text += piece;
+    return true;
+  });
+  return text;
 }
 
 /// A link to a file stays a link: the file is replaced.
@@ -121,11 +130,7 @@ ZYMIDOMElement_var FirstBelow(const ZYMIDOMElement_var& element, const char* nam
 
 // A tree answers whether an attribute is there, but not which ones are; its text does.
 std::vector<std::string> AttributeNamesOf(const ZYMIDOMElement_var& element) {
-  std::string text;
-  Serialize(element, [&text](std::string_view piece) {
-    text += piece;
-    return true;
-  });
+  const std::string text = TextOf(element);
   const std::string start = "<" + NameOf(element);
   std::vector<std::string> names;
   std::size_t at = text.find_first_not_of(" \t\r\n", text.find(start) + start.size());
@@ -160,8 +165,10 @@ void XmlOutput::Write(const ZYMIDOMDocument_var& document) const {
     Serialize(document, Print);
   } else if (isDevice_) {
     // A device or a pipe is written to; only a file can be replaced.
-    std::ofstream device(file_, std::ios::binary);
-    Serialize(document, [&device](std::string_view text) { return static_cast<bool>(device << text); });
+    const std::error_code error = WriteToDevice(file_, TextOf(document));
+    if (error && error != std::errc::broken_pipe) {
+      throw HostError(UnusableInput, file_ + ": " + error.message());
+    }
   } else if (FAILED(MakeDocumentBuilder()->Write(document, file_, {"ZYMEncoding"}, {"UTF-8"}))) {
     throw HostError(UnusableInput, QELVARDOSSystemUtils::LastError());
   }

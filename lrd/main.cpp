@@ -1,5 +1,7 @@
 #include <array>
 #include <exception>
+#include <functional>
+#include <sstream>
 #include <string>
 
 #include "lrd/Command.h"
@@ -23,7 +25,10 @@ constexpr std::array Commands = {
 /// A wrong argument becomes a message in the program's own manner; help and version are printed as asked.
 int Answer(const CLI::App& program, const CLI::ParseError& parsed) {
   if (parsed.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-    return program.exit(parsed);
+    std::ostringstream asked;
+    const int status = program.exit(parsed, asked, asked);
+    Print(asked.str());
+    return status;
   }
   if (program.get_subcommands().empty() && program.remaining_size() > 0) {
     throw HostError(UnusableInput, "unknown command or option: " + program.remaining().front());
@@ -49,15 +54,15 @@ int ParseAndRun(int argc, char** argv) {
   } catch (const CLI::ParseError& parsed) {
     return Answer(program, parsed);
   }
-  const Trace trace(traceFile);
+  Trace trace(traceFile);
   const int status = chosen();
-  FlushPrinted();
+  trace.Finish();
   return status;
 }
 
-int RunProgram(int argc, char** argv) {
+int UntilError(const std::function<int()>& run) {
   try {
-    return ParseAndRun(argc, argv);
+    return run();
   } catch (const HostError& error) {
     Complain(error.what());
     return error.Status();
@@ -67,11 +72,21 @@ int RunProgram(int argc, char** argv) {
   }
 }
 
+/// What was printed before an error goes out too.
+int RunProgram(int argc, char** argv) {
+  const int status = UntilError([&] { return ParseAndRun(argc, argv); });
+  const int flushed = UntilError([] {
+    FlushPrinted();
+    return Done;
+  });
+  return flushed == Done ? status : flushed;
+}
+
 }  // namespace
 
 }  // namespace lrd
 
 int main(int argc, char** argv) {
-  lrd::ReportBrokenPipes();
+  lrd::ReportFailedWrites();
   return lrd::RunProgram(argc, argv);
 }

@@ -13,6 +13,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 using Arguments = std::vector<std::string>;
@@ -99,10 +100,15 @@ class LrdTest : public testing::Test {
   }
 
   Ran Lrd(Arguments arguments, int standardOutput = -1) const {
+    arguments.insert(arguments.begin(), LRD_PROGRAM);
+    return Run(std::move(arguments), standardOutput);
+  }
+
+  /// Runs a program, the first of the arguments.
+  Ran Run(Arguments arguments, int standardOutput = -1) const {
     const std::string out = root_ / "out";
     const std::string err = root_ / "err";
     std::vector<char*> argv;
-    arguments.insert(arguments.begin(), LRD_PROGRAM);
     for (std::string& argument : arguments) {
       argv.push_back(argument.data());
     }
@@ -116,12 +122,20 @@ class LrdTest : public testing::Test {
     }
     posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     pid_t process = 0;
-    const int failure = posix_spawn(&process, LRD_PROGRAM, &actions, nullptr, argv.data(), environ);
+    const int failure = posix_spawn(&process, argv.front(), &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     EXPECT_EQ(failure, 0);
     int status = 0;
     waitpid(process, &status, 0);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), Slurp(out), Slurp(err)};
+  }
+
+  /// Runs with a standard output that refuses every byte.
+  Ran LrdFull(const Arguments& arguments) const {
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    Ran ran = Lrd(arguments, full);
+    close(full);
+    return ran;
   }
 
   /// Runs with a reader that has gone before the first byte.
