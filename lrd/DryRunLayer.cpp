@@ -165,7 +165,12 @@ void DryRunLayer::Put(std::string_view path, Change change) {
 }
 
 std::error_code DryRunLayer::RefusalInFolderOf(const std::string& path) {
-  const std::string folder(Place(path).folder);
+  constexpr std::size_t LongestName = 255;
+  const Place place(path);
+  if (place.name.size() > LongestName) {
+    return Refusal(std::errc::filename_too_long);
+  }
+  const std::string folder(place.folder);
   const bool isOnDisk = Find(folder) == nullptr;
   switch (Stat(folder).kind) {
     case Kind::Missing:

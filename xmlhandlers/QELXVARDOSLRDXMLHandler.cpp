@@ -14,7 +14,6 @@
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/CompositionMembers.h"
-#include "xmlhandlers/RecordFileWriter.h"
 #include "xmlhandlers/RecordFolder.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDXMLHandler, QELXIVARDOSLRDXMLHandler)
@@ -30,6 +29,12 @@ using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 
 bool HasTypeClass(const Record& record, const ZYMUnicodeString& typeClass) {
   return record->GetTypeClasses().Locate(typeClass) != 0;
+}
+
+/// Why there is no such folder, by the last error.
+std::string ReasonAgainst(const ZYMUnicodeString& folder) {
+  const std::string& error = QELVARDOSSystemUtils::LastError();
+  return error.starts_with(folder.Str() + ": ") ? error.substr(folder.Str().size() + 2) : error;
 }
 
 bool IsSelected(const Record& record) { return record->GetSelectedFlag().Matches(Word::UpperTrue); }
@@ -67,8 +72,13 @@ std::uint64_t QELXVARDOSLRDXMLHandler::LargestRecordFile() const {
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records) {
+  return WriteToFile(records, {});
+}
+
+HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records,
+                                             const RefusedFolders& refused) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::WriteToFile");
-  RecordFileWriter writer(builder_, LargestRecordFile(), observer_);
+  RecordFileWriter writer(builder_, LargestRecordFile(), observer_, refused);
   try {
     for (const Record& record : records) {
       writer.Write(record);
@@ -83,11 +93,14 @@ HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList&
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& records) {
+  return MakeFolders(records).status;
+}
+
+QELXVARDOSLRDXMLHandler::Folders QELXVARDOSLRDXMLHandler::MakeFolders(const QELXIVARDOSLRDObject_varList& records) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder");
-  HRESULT status = S_OK;
+  Folders folders;
   // Records of one folder come together; it is looked at once.
   ZYMUnicodeString present;
-  std::vector<QELVARDOSPath> made;
   for (const Record& record : records) {
     if (!IsSelected(record) || HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE)) {
       continue;
@@ -102,18 +115,28 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObje
       present = folder;
       continue;
     }
-    status = QELVARDOSPathUtils::MakeDirs(folder, made);
-    if (FAILED(status)) {
+    folders.status = QELVARDOSPathUtils::MakeDirs(folder, folders.made);
+    if (FAILED(folders.status)) {
       Trace.Write("Failed to create directory: ", folder);
+      folders.refused.insert_or_assign(folder.Str(), ReasonAgainst(folder));
       continue;
     }
     Trace.Write("Directory Created : ", folder);
     QELVARDOSPathUtils::HideFolder(folder);
     Trace.Write("Directory is marked hidden : ", folder);
+    folders.refused.erase(folder.Str());
     present = folder;
   }
-  const HRESULT kept = QELVARDOSPathUtils::KeepDirs(made);
-  return step.Return(FAILED(kept) ? kept : status);
+  if (const HRESULT kept = QELVARDOSPathUtils::KeepDirs(folders.made); FAILED(kept)) {
+    folders.status = kept;
+    for (const QELVARDOSPath& folder : folders.made) {
+      if (!QELVARDOSPathUtils::IsDir(folder)) {
+        folders.refused.insert_or_assign(folder.ToString().Str(), ReasonAgainst(folder.ToString()));
+      }
+    }
+  }
+  step.Return(folders.status);
+  return folders;
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::GetLRDObjects(const ZYMIDOMNode_var& root, RecordMap& records) {
@@ -419,6 +442,6 @@ void QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
       selected.Append(record);
     }
   }
-  CreateAndHideLRDFolder(selected);
-  WriteToFile(selected);
+  const Folders folders = MakeFolders(selected);
+  WriteToFile(selected, folders.refused);
 }

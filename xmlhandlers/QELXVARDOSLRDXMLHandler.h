@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "component/QELXIVARDOSLRDXMLHandler.h"
 #include "platform/QELIVARDOSGlobalConfigObject.h"
+#include "platform/QELVARDOSPath.h"
 #include "xmlhandlers/RecordFileReader.h"
+#include "xmlhandlers/RecordFileWriter.h"
 
 class CompositionMembers;
 
@@ -82,6 +85,16 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
 
  private:
   class StructureWalk;
+
+  /// What came of making record folders.
+  struct Folders {
+    HRESULT status = S_OK;
+    /// The new ones, with the folders above them that were made for them.
+    std::vector<QELVARDOSPath> made;
+    RefusedFolders refused;
+  };
+  static Folders MakeFolders(const QELXIVARDOSLRDObject_varList& records);
+  HRESULT WriteToFile(const QELXIVARDOSLRDObject_varList& records, const RefusedFolders& refused);
 
   void CreateBuilder(int line);
   std::uint64_t LargestRecordFile() const;

@@ -42,8 +42,8 @@ bool BeginsLike(std::string_view a, std::string_view b) {
 }  // namespace
 
 RecordFileWriter::RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest,
-                                   QELXIVARDOSObserver* observer)
-    : builder_(builder), largest_(largest) {
+                                   QELXIVARDOSObserver* observer, const RefusedFolders& refused)
+    : builder_(builder), largest_(largest), refused_(refused) {
   if (observer != nullptr) {
     replaced_.emplace(builder, largest, observer);
   }
@@ -59,12 +59,22 @@ void RecordFileWriter::Write(const QELXIVARDOSLRDObject_var& record) {
       files_.Refuse(path.Str(), QELVARDOSFileError::LeavesFolder, std::string(QELVARDOSNameRules::Reason(refusal)));
     } else if (FAILED(format.status)) {
       Refuse(path, std::errc::io_error, format.reason);
-    } else if (format.element) {
+    } else if (format.element && HasFolder(record, path)) {
       WriteElement(format.element, path);
     }
   } catch (const std::bad_alloc&) {
     Refuse(path, std::errc::not_enough_memory);
   }
+}
+
+/// Writing where no folder could be made would say no more than that there is none.
+bool RecordFileWriter::HasFolder(const QELXIVARDOSLRDObject_var& record, const ZYMUnicodeString& path) {
+  const auto refused = refused_.empty() ? refused_.end() : refused_.find(record->GetLRDFolderPath().Str());
+  if (refused == refused_.end()) {
+    return true;
+  }
+  Refuse(path, std::errc::no_such_file_or_directory, "its folder could not be made: " + refused->second);
+  return false;
 }
 
 void RecordFileWriter::WriteElement(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path) {

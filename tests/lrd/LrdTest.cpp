@@ -241,17 +241,24 @@ TEST_F(LrdTest, RecordsThatCannotBeWrittenAreNamedAlsoInADryRun) {
   Put("work/.KORVANTHEMIX/good.prt.xml", "old");
   fs::create_directory("work/.KORVANTHEMIX/bad.prt.xml");
   Put("blocked/.KORVANTHEMIX", "a file where the folder should be");
+  Put("file", "a file where a folder above it should be");
+  const std::string longName(256, 'n');
   std::string response = CheckOut("work", {"bad", "good"});
-  response.insert(response.find("<cadobject "),
-                  "<cadobject cadid='b' phid='PH' type='part' selected='true' "
-                  "filename='b.prt.1' dirname='blocked'/>");
+  for (const std::string& folder : {std::string("blocked"), std::string("file/sub"), longName}) {
+    response.insert(response.find("<cadobject "), "<cadobject cadid='" + folder +
+                                                      "' phid='PH' type='part' selected='true' filename='b.prt.1' "
+                                                      "dirname='" +
+                                                      folder + "'/>");
+  }
   Put("response.xml", response);
   const Ran dry = Lrd({"record", "response.xml", "--config", "config.xml", "--dry-run"});
   const Ran real = Lrd({"record", "response.xml", "--config", "config.xml"});
   EXPECT_EQ(real.status, 1);
   EXPECT_EQ(real.out, "work/.KORVANTHEMIX/good.prt.xml\n");
-  EXPECT_THAT(real.err, AllOf(StartsWith("lrd: blocked/.KORVANTHEMIX/b.prt.xml: "),
-                              HasSubstr("lrd: work/.KORVANTHEMIX/bad.prt.xml: ")));
+  const std::string record = "/.KORVANTHEMIX/b.prt.xml: its folder could not be made: ";
+  EXPECT_EQ(real.err, "lrd: blocked" + record + "File exists\nlrd: file/sub" + record +
+                          "Not a directory\nlrd: " + longName + record +
+                          "File name too long\nlrd: work/.KORVANTHEMIX/bad.prt.xml: Is a directory\n");
   EXPECT_EQ(dry.status, 1);
   EXPECT_EQ(dry.out, real.out);
   EXPECT_EQ(dry.err, real.err);
