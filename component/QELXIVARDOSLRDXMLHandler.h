@@ -14,7 +14,8 @@ class ZYM_EXPORT QELXIVARDOSLRDXMLHandler : public ZYMBaseUnknown {
   /// was. Raises ZYMNullHandleError when an element that a record must have is missing.
   virtual HRESULT ReadLRDFile(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record) = 0;
   /// Brings the record files on disk up to date after a response. records: the caller's, by CAD id; which of them are
-  /// updated and written depends on the command. A handler that only reads answers E_NOTIMPL.
+  /// updated and written depends on the command. A handler that only reads answers E_NOTIMPL. E_ABORT: the observer
+  /// ended it.
   virtual HRESULT CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
                                     const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) = 0;
   /// Fills records, by CAD id, from the tree, linked into their structure where the command has one.

@@ -15,4 +15,21 @@ class QELXIVARDOSObserver {
   /// A record file is of a format version that this module does not know. Recognition found no record in it, so its
   /// object is new to the server; recording is about to replace it.
   virtual void UnknownFormat(const ZYMUnicodeString& /*recordFile*/, const ZYMUnicodeString& /*version*/) {}
+
+  /// What a call goes through one by one.
+  enum class Stage {
+    /// The objects of a request, to which verdicts are written.
+    Recognizing,
+    /// Records that are made ready beside their files; no file has changed yet.
+    Recording
+  };
+  /// How far a call is, and whether it may go on: asked between two of all objects or records, when done of them are
+  /// behind it, and in recording once more when all are ready. After that the files are replaced without a further
+  /// question.
+  ///
+  /// On false the call answers E_ABORT, and QELVARDOSSystemUtils::LastError() says "ended by the host". Recognition
+  /// leaves the verdicts written so far and the other objects as they were. Recording leaves every file and every
+  /// folder as it was and no temporary file; the file layer is told Failed, operation_canceled, of every record file
+  /// that would have changed.
+  virtual bool MayGoOn(Stage /*stage*/, int /*done*/, int /*all*/) { return true; }
 };

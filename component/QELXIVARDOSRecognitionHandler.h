@@ -19,7 +19,8 @@ class ZYM_EXPORT QELXIVARDOSRecognitionHandler : public ZYMBaseUnknown {
   /// into every object of the request. lrdMap receives the records that the request itself carries, by CAD id. A record
   /// file that does not parse ends the call with E_FAIL; what was decided before stands. So does a place that could not
   /// be looked at where that might change the verdict: the object gets an empty "status", and
-  /// QELVARDOSSystemUtils::LastError() names the place and the reason. Changes nothing on disk.
+  /// QELVARDOSSystemUtils::LastError() names the place and the reason. E_ABORT: the observer ended it. Changes nothing
+  /// on disk.
   virtual HRESULT Recognize(const ZYMIDOMNode_var& request, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap) = 0;
   /// The records that the request carries, by CAD id; objects without a file of their own are left out.
   virtual HRESULT GetLRDMap(const ZYMIDOMNode_var& request, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap) = 0;
@@ -27,7 +28,7 @@ class ZYM_EXPORT QELXIVARDOSRecognitionHandler : public ZYMBaseUnknown {
   /// no handler fits.
   virtual HRESULT CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
                                     const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) = 0;
-  /// Writes the records to their files; their folders must exist. Always 0.
+  /// Writes the records to their files; their folders must exist. 0, or E_ABORT when the observer ended it.
   virtual HRESULT CreateOrUpdateLRD(const QELXIVARDOSLRDObject_varList& records) = 0;
   /// The records of the tree by physical id; of equal ids the last.
   virtual HRESULT GetPhidLRDMap(const ZYMIDOMNode_var& node, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& phidMap) = 0;

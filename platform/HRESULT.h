@@ -7,6 +7,8 @@ using HRESULT = std::int32_t;
 
 inline constexpr HRESULT S_OK = 0;
 inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001U);
+/// A call that the host ended.
+inline constexpr HRESULT E_ABORT = static_cast<HRESULT>(0x80004004U);
 inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005U);
 
 constexpr bool SUCCEEDED(HRESULT status) noexcept { return status >= 0; }

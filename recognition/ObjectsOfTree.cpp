@@ -1,5 +1,14 @@
 #include "recognition/ObjectsOfTree.h"
 
+int CountObjects(const ZYMIDOMElement_var& list) {
+  int count = 0;
+  ForEachChildElement(list, [&count](const ZYMIDOMElement_var&) {
+    ++count;
+    return true;
+  });
+  return count;
+}
+
 ObjectsOfTree::ObjectsOfTree(const ZYMIDOMNode_var& root) : root_(root) {
   if (root_.IsNull()) {
     return;

@@ -3,6 +3,9 @@
 #include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
+/// How many element children a list has.
+int CountObjects(const ZYMIDOMElement_var& list);
+
 /// The objects of a request or a response: the element children of the first "cadobjectlist" below the first "info", or
 /// below the root itself where there is no "info".
 class ObjectsOfTree {

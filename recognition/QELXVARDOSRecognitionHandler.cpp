@@ -5,9 +5,11 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMFillDictionary.h"
+#include "recognition/ObjectsOfTree.h"
 #include "recognition/QELXVARDOSIdentifier.h"
 #include "recognition/RecognizeCall.h"
 #include "records/Dom.h"
+#include "records/HostLeave.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 
@@ -142,8 +144,14 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
 
   if (SUCCEEDED(status)) {
     RecognizeCall call(*this, element, mapped ? ZYMIDOMElement_var() : list);
+    const HostLeave leave(observer_, HostLeave::Stage::Recognizing, observer_ == nullptr ? 0 : CountObjects(list));
+    int done = 0;
     ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
-      status = RecognizeObject(object, lrdMap, nodeMap, version);
+      status = done > 0 ? leave.Ask(done) : S_OK;
+      if (SUCCEEDED(status)) {
+        status = RecognizeObject(object, lrdMap, nodeMap, version);
+      }
+      ++done;
       return SUCCEEDED(status);
     });
   }

@@ -2,7 +2,9 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMFillDictionary.h"
+#include "recognition/ObjectsOfTree.h"
 #include "records/Dom.h"
+#include "records/HostLeave.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 
@@ -45,9 +47,16 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::Recognize(const ZYMIDOMNode_var& requ
   HRESULT status = S_OK;
   if (const ZYMIDOMElement_var list = FirstElement(element, Word::CadObjectList); list) {
     const ZYMUnicodeString version = QELXVARDOSLRDVersionInfo().GetLRDVersion(request);
+    const HostLeave leave(observer_, HostLeave::Stage::Recognizing, observer_ == nullptr ? 0 : CountObjects(list));
+    int done = 0;
     ForEachChild(list, [&](const ZYMIDOMNode_var& child) {
-      status = RecognizePerNode(child, version);
-      return true;
+      const bool isObject = !ZYMIDOMElement_var(child).IsNull();
+      status = isObject && done > 0 ? leave.Ask(done) : S_OK;
+      if (SUCCEEDED(status)) {
+        status = RecognizePerNode(child, version);
+      }
+      done += isObject ? 1 : 0;
+      return status != E_ABORT;
     });
   }
   return step.Return(status);

@@ -33,11 +33,13 @@ class QELXVARDOSRecognitionHandlerNoLRD : public QELXIVARDOSRecognitionHandler {
                                  QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) override;
   HRESULT UpdateLRDObjects(const ZYMIDOMNode_var& root,
                            const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) override;
+  void SetObserver(QELXIVARDOSObserver* observer) override { observer_ = observer; }
 
  private:
   HRESULT RecognizePerNode(const ZYMIDOMNode_var& cadObject, ZYMUnicodeString version);
 
   ZYMUnicodeString command_;
+  QELXIVARDOSObserver* observer_ = nullptr;
 
   /// Recognises objects that have a physical id as this class does.
   friend class QELXVARDOSRecognitionHandler;

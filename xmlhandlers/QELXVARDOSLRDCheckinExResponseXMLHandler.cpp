@@ -67,7 +67,9 @@ HRESULT QELXVARDOSLRDCheckinExResponseXMLHandler::CreateOrUpdateLRD(const ZYMIDO
     RecordMap relationships;
     ReadRelationshipListNode(found.info, relationships);
     UpdateRecords(records, answered, relationships);
-    WriteSelected(records);
+    if (const HRESULT written = WriteSelected(records); FAILED(written)) {
+      return step.Return(written);
+    }
   }
   return step.Return(found.search);
 }

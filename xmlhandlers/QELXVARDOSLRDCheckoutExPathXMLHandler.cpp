@@ -35,6 +35,5 @@ HRESULT QELXVARDOSLRDCheckoutExPathXMLHandler::CreateOrUpdateLRD(const ZYMIDOMNo
   // The response is read for what reading it raises and traces; the caller's records are what is written.
   RecordMap answered;
   GetLRDObjects(root, answered);
-  WriteSelected(records);
-  return step.Return(S_OK);
+  return step.Return(WriteSelected(records));
 }

@@ -9,7 +9,7 @@ class QELXVARDOSLRDCheckoutExPathXMLHandler : public QELXVARDOSLRDXMLHandler {
  public:
   explicit QELXVARDOSLRDCheckoutExPathXMLHandler(const QELIVARDOSGlobalConfigObject_var& config);
 
-  /// Writes those of the caller's records that are selected. Always 0.
+  /// Writes those of the caller's records that are selected. 0, or E_ABORT when the observer ended it.
   HRESULT CreateOrUpdateLRD(const ZYMIDOMNode_var& root,
                             const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) override;
   /// The objects below "info", without their structure.

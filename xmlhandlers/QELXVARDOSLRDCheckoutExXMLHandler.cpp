@@ -36,6 +36,6 @@ HRESULT QELXVARDOSLRDCheckoutExXMLHandler::CreateOrUpdateLRD(const ZYMIDOMNode_v
   const Step step(Trace, "QELXVARDOSLRDCheckoutExXMLHandler::CreateOrUpdateLRD");
   RecordMap answered;
   const HRESULT status = GetLRDObjects(root, answered);
-  WriteSelected(answered);
-  return step.Return(status);
+  const HRESULT written = WriteSelected(answered);
+  return step.Return(FAILED(written) ? written : status);
 }

@@ -5,11 +5,13 @@
 #include <vector>
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSPathUtils.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMCheckFailure.h"
 #include "platform/ZYMFillDictionary.h"
 #include "records/Dom.h"
+#include "records/HostLeave.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
@@ -78,18 +80,9 @@ HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList&
 HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records,
                                              const RefusedFolders& refused) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::WriteToFile");
-  RecordFileWriter writer(builder_, LargestRecordFile(), observer_, refused);
-  try {
-    for (const Record& record : records) {
-      writer.Write(record);
-    }
-  } catch (...) {
-    // The records before the one that raised are written, as if each had been written in its turn.
-    writer.Commit();
-    throw;
-  }
-  writer.Commit();
-  return step.Return(S_OK);
+  const HRESULT status = RecordFileWriter(builder_, LargestRecordFile(), observer_, refused).Write(records);
+  // The files that were given up have told their own last error.
+  return step.Return(status == E_ABORT ? HostLeave::Ended() : status);
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObject_varList& records) {
@@ -431,7 +424,7 @@ QELXVARDOSLRDXMLHandler::InfoSearch QELXVARDOSLRDXMLHandler::FindInfo(const ZYMI
   return result;
 }
 
-void QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
+HRESULT QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
   QELXIVARDOSLRDObject_varList selected;
   for (const RecordMap::Entry& entry : records) {
     const Record& record = entry.second;
@@ -443,5 +436,12 @@ void QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
     }
   }
   const Folders folders = MakeFolders(selected);
-  WriteToFile(selected, folders.refused);
+  const HRESULT status = WriteToFile(selected, folders.refused);
+  if (status == E_ABORT) {
+    // Only one that is empty can be removed, so what somebody else put there meanwhile stays.
+    for (auto folder = folders.made.rbegin(); folder != folders.made.rend(); ++folder) {
+      QELVARDOSFileLayer::Current().Remove(folder->ToString().Str());
+    }
+  }
+  return status;
 }

@@ -34,7 +34,8 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   /// Reads record files as this handler does.
   RecordFileReader Reader() const;
   /// Writes each record to its file, whose folder must exist. Every file is replaced in whole or stays; all that are
-  /// written are durable together. What cannot be written is traced and does not stop the others. Always 0.
+  /// written are durable together. What cannot be written is traced and does not stop the others. 0, or E_ABORT when
+  /// the observer ended it.
   HRESULT WriteToFile(const QELXIVARDOSLRDObject_varList& records);
   /// Makes and hides the record folder of each selected record that has a file of its own. The status is that of the
   /// last folder that had to be made, so a later success hides an earlier failure.
@@ -80,8 +81,8 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   static InfoSearch FindInfo(const ZYMIDOMElement_var& root);
 
   /// Brings the stamps of those records up to date that are selected, have a file of their own and are not the
-  /// platform's, and writes them, folders included.
-  void WriteSelected(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);
+  /// platform's, and writes them, folders included. 0, or E_ABORT when the observer ended it.
+  HRESULT WriteSelected(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);
 
  private:
   class StructureWalk;

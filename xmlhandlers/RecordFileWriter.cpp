@@ -5,6 +5,7 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSFileError.h"
 #include "platform/QELVARDOSSystemUtils.h"
+#include "records/HostLeave.h"
 #include "xmlhandlers/RecordFolder.h"
 
 namespace {
@@ -43,9 +44,46 @@ bool BeginsLike(std::string_view a, std::string_view b) {
 
 RecordFileWriter::RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest,
                                    QELXIVARDOSObserver* observer, const RefusedFolders& refused)
-    : builder_(builder), largest_(largest), refused_(refused) {
+    : builder_(builder), largest_(largest), observer_(observer), refused_(refused) {
   if (observer != nullptr) {
     replaced_.emplace(builder, largest, observer);
+  }
+}
+
+HRESULT RecordFileWriter::Write(const QELXIVARDOSLRDObject_varList& records) {
+  HRESULT status = S_OK;
+  try {
+    status = Stage(records);
+  } catch (...) {
+    // The records before the one that raised are written, as if each had been written in its turn.
+    Commit();
+    throw;
+  }
+  if (SUCCEEDED(status)) {
+    Commit();
+  }
+  return status;
+}
+
+HRESULT RecordFileWriter::Stage(const QELXIVARDOSLRDObject_varList& records) {
+  const HostLeave leave(observer_, HostLeave::Stage::Recording, records.Size());
+  int done = 0;
+  for (const QELXIVARDOSLRDObject_var& record : records) {
+    Write(record);
+    if (const HRESULT status = leave.Ask(++done); FAILED(status)) {
+      Cancel(records, done);
+      return status;
+    }
+  }
+  return S_OK;
+}
+
+/// Those that are staged are told of when they are abandoned.
+void RecordFileWriter::Cancel(const QELXIVARDOSLRDObject_varList& records, int from) {
+  for (int at = from + 1; at <= records.Size(); ++at) {
+    if (const QELXIVARDOSLRDObject_var& record = records[at]; record) {
+      Refuse(record->GetLRDFilePath(), std::errc::operation_canceled);
+    }
   }
 }
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "component/QELXIVARDOSLRDObject.h"
+#include "component/QELXIVARDOSLRDObject_varList.h"
 #include "platform/QELVARDOSFileTransaction.h"
 #include "platform/ZYMIDOM.h"
 #include "xmlhandlers/RecordFileReader.h"
@@ -22,10 +22,15 @@ class RecordFileWriter {
   RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest, QELXIVARDOSObserver* observer,
                    const RefusedFolders& refused);
 
-  void Write(const QELXIVARDOSLRDObject_var& record);
-  void Commit();
+  /// E_ABORT when the observer ends it: then nothing is written, and the files go back to what they were with the
+  /// writer. A record that raises ends it too, but those before it are written.
+  HRESULT Write(const QELXIVARDOSLRDObject_varList& records);
 
  private:
+  HRESULT Stage(const QELXIVARDOSLRDObject_varList& records);
+  void Cancel(const QELXIVARDOSLRDObject_varList& records, int from);
+  void Write(const QELXIVARDOSLRDObject_var& record);
+  void Commit();
   bool HasFolder(const QELXIVARDOSLRDObject_var& record, const ZYMUnicodeString& path);
   void WriteElement(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path);
   bool Serialize(const ZYMIDOMElement_var& element, const ZYMUnicodeString& path);
@@ -33,6 +38,7 @@ class RecordFileWriter {
 
   ZYMIXMLDOMDocumentBuilder_var builder_;
   std::uint64_t largest_;
+  QELXIVARDOSObserver* observer_;
   const RefusedFolders& refused_;
   /// Looks at what is about to be replaced; null when nobody wants to know.
   std::optional<RecordFileReader> replaced_;

@@ -1,0 +1,145 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "platform/QELVARDOSSystemUtils.h"
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "tests/support/ModuleTest.h"
+#include "tests/support/Records.h"
+#include "tests/support/ScratchFolder.h"
+#include "tests/support/TestConfiguration.h"
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+/// Ends a call at a question of its choice and notes what it was asked.
+class Leaver : public QELXIVARDOSObserver {
+ public:
+  explicit Leaver(int last) : last_(last) {}
+  bool MayGoOn(Stage stage, int done, int all) override {
+    asked.push_back((stage == Stage::Recognizing ? "object " : "record ") + std::to_string(done) + " of " +
+                    std::to_string(all));
+    return done != last_;
+  }
+
+  std::vector<std::string> asked;
+
+ private:
+  int last_;
+};
+
+/// Notes what became of files.
+class FateLayer : public QELVARDOSFileLayerFilter {
+ public:
+  FateLayer() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
+  ~FateLayer() override { Use(before_); }
+  void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {
+    const bool isCancelled = outcome == QELVARDOSReplacement::Failed && error == std::errc::operation_canceled;
+    fates.push_back(std::filesystem::path(path).filename().string() + (isCancelled ? " cancelled" : " settled"));
+  }
+
+  std::vector<std::string> fates;
+
+ private:
+  QELVARDOSFileLayer* before_;
+};
+
+class HostLeaveTest : public ModuleTest {
+ protected:
+  /// A tree with the objects a, b and c, as a request or as the answer to a check-out.
+  ZYMIDOMElement_var Objects(const std::string& before, const std::string& behind) const {
+    std::string text = before + "<cadobjectlist>\n";
+    for (const std::string name : {"a", "b", "c"}) {
+      text += "<cadobject cadid='" + name + "' filename='" + name + ".prt' dirname='" + folder_.At("work") +
+              "' type='part' selected='true'/>\n";
+    }
+    return Tree(text + "</cadobjectlist>" + behind);
+  }
+
+  ScratchFolder folder_;
+  const TestConfiguration_var config_ = ZYMMakeComponent<TestConfiguration>();
+};
+
+TEST_F(HostLeaveTest, recognition_ends_between_two_objects_and_leaves_the_rest_untouched) {
+  const QELXIVARDOSRecognitionHandler_var withRecords = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(
+      ZYMUnicodeString("CREO"), QELIVARDOSGlobalConfigObject_var(config_));
+  const QELXIVARDOSRecognitionHandler_var withoutRecords =
+      ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(ZYMUnicodeString("quick"));
+  for (const auto& handler : {withRecords, withoutRecords}) {
+    for (const int last : {2, 3}) {
+      Leaver host(last);
+      handler->SetObserver(&host);
+      RecordMap records;
+      const ZYMIDOMElement_var request = Objects("<command cname='checkinEx'>", "</command>");
+      EXPECT_EQ(handler->Recognize(request, records), last == 2 ? E_ABORT : S_OK);
+      EXPECT_THAT(host.asked, ElementsAre("object 1 of 3", "object 2 of 3"));
+      EXPECT_EQ(Show(request, "b", {"status"}), "status=UNKNOWN");
+      EXPECT_EQ(Show(request, "c", {"status"}), last == 2 ? "" : "status=UNKNOWN");
+      EXPECT_EQ(QELVARDOSSystemUtils::LastError() == "ended by the host", last == 2);
+      QELVARDOSSystemUtils::SetLastError("");
+      handler->SetObserver(nullptr);
+    }
+  }
+}
+
+TEST_F(HostLeaveTest, recording_ends_before_the_first_file_changes_or_not_at_all) {
+  const auto recorder = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(ZYMUnicodeString("CREO"),
+                                                                       QELIVARDOSGlobalConfigObject_var(config_));
+  const ZYMIDOMElement_var response = Objects("<response cname='checkoutEx'><info>", "</info></response>");
+  for (const bool hasOldRecord : {false, true}) {
+    if (hasOldRecord) {
+      folder_.Put("work/.KORVANTHEMIX/b.prt.xml", "old");
+    }
+    for (const int last : {1, 2, 3}) {
+      Leaver host(last);
+      const FateLayer layer;
+      recorder->SetObserver(&host);
+      EXPECT_EQ(recorder->CreateOrUpdateLRD(response, RecordMap()), E_ABORT);
+      EXPECT_EQ(host.asked.size(), static_cast<std::size_t>(last));
+      EXPECT_EQ(host.asked.back(), "record " + std::to_string(last) + " of 3");
+      EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "ended by the host");
+      EXPECT_THAT(layer.fates,
+                  UnorderedElementsAre("a.prt.xml cancelled", "b.prt.xml cancelled", "c.prt.xml cancelled"));
+      EXPECT_EQ(std::filesystem::exists(folder_.At("work")), hasOldRecord) << "a folder made for nothing goes too";
+      EXPECT_EQ(folder_.FileCount(), hasOldRecord ? 1 : 0);
+    }
+  }
+  EXPECT_EQ(folder_.File("work/.KORVANTHEMIX/b.prt.xml"), "old");
+  Leaver patient(4);
+  const FateLayer layer;
+  recorder->SetObserver(&patient);
+  EXPECT_EQ(recorder->CreateOrUpdateLRD(response, RecordMap()), S_OK);
+  EXPECT_THAT(layer.fates, UnorderedElementsAre("a.prt.xml settled", "b.prt.xml settled", "c.prt.xml settled"));
+}
+
+TEST_F(HostLeaveTest, every_way_to_record_tells_that_it_was_ended) {
+  const auto recorder = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(ZYMUnicodeString("CREO"),
+                                                                       QELIVARDOSGlobalConfigObject_var(config_));
+  RecordMap records;
+  recorder->GetLRDMap(Objects("<command cname='checkinEx'>", "</command>"), records);
+  ASSERT_EQ(records.Size(), 3);
+  QELXIVARDOSLRDObject_varList list;
+  for (const auto& entry : records) {
+    list.Append(entry.second);
+  }
+  Leaver host(1);
+  recorder->SetObserver(&host);
+  EXPECT_EQ(recorder->CreateOrUpdateLRD(list), E_ABORT);
+  for (const std::string command : {"checkinEx", "checkoutExPath"}) {
+    EXPECT_EQ(
+        recorder->CreateOrUpdateLRD(Objects("<response cname='" + command + "'><info>", "</info></response>"), records),
+        E_ABORT)
+        << command;
+  }
+  EXPECT_EQ(host.asked.size(), 3U);
+  EXPECT_EQ(folder_.FileCount(), 0);
+}
+
+}  // namespace
