@@ -4,6 +4,7 @@
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/Printable.h"
 #include "lrd/Progress.h"
@@ -47,6 +48,7 @@ class Checker {
     }
     const auto objects = folder.NewestObjectFiles(Naming::Either);
     for (const std::string& record : folder.Records()) {
+      EndWhenAsked();
       const std::string file = RecordFileOf(folder.path, record);
       CheckRecord(file);
       if (!objects.contains(record)) {

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/HostSystem.h"
 #include "lrd/Printable.h"
@@ -45,6 +46,9 @@ bool Print(std::string_view text) {
 void FlushPrinted() {
   if (const std::error_code error = WriteOut(std::exchange(waiting, {}))) {
     readerGone = true;
+    if (error == std::errc::operation_canceled) {
+      EndWhenAsked();
+    }
     if (error != std::errc::broken_pipe) {
       throw HostError(UnusableInput, "standard output: " + error.message());
     }

@@ -3,12 +3,12 @@
 #include <map>
 #include <string>
 
-#include "component/QELXIVARDOSObserver.h"
+#include "lrd/Endings.h"
 
 namespace lrd {
 
 /// Remembers the record files of format versions that the module does not know.
-class FormatWatch : public QELXIVARDOSObserver {
+class FormatWatch : public EndingObserver {
  public:
   void UnknownFormat(const ZYMUnicodeString& recordFile, const ZYMUnicodeString& version) override {
     versions_.emplace(recordFile.Str(), version.Str());

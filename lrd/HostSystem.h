@@ -14,7 +14,13 @@ bool IsTerminal(std::FILE* stream);
 /// From here on, writing to a pipe that nobody reads, or more than a file may hold, is an error and no longer ends the
 /// process.
 void ReportFailedWrites();
-/// Writes all of the text to standard output.
+/// From here on, Ctrl-C and the request to terminate are noticed and no longer end the process. What the caller of the
+/// program chose to ignore stays ignored.
+void NoticeEndings();
+enum class Ending { None, Interrupt, Termination };
+/// The first of them that was noticed.
+Ending NoticedEnding();
+/// Writes all of the text to standard output. operation_canceled: it would have had to wait, and an ending was noticed.
 std::error_code WriteOut(std::string_view text);
 /// The same to a device or a pipe.
 std::error_code WriteToDevice(const std::string& device, std::string_view text);

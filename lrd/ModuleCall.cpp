@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/XmlFile.h"
 #include "platform/QELVARDOSSystemUtils.h"
@@ -30,6 +31,9 @@ ModuleAnswer CallModule(const char* operation, const std::string& what, const Fi
   QELVARDOSSystemUtils::SetLastError("");
   try {
     ModuleAnswer answer{call(), {}};
+    if (answer.status == E_ABORT) {
+      EndWhenAsked();
+    }
     if (answer.IsRefusal()) {
       const std::string reason = Reason(watch);
       answer.refusal =

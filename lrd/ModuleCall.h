@@ -20,7 +20,8 @@ struct ModuleAnswer {
 };
 
 /// Calls one operation. what tells the user what is being done and with which file; the module's null-handle error ends
-/// the command with it and with the record file that was read last.
+/// the command with it and with the record file that was read last, and so does an ending that the user or the system
+/// asked for.
 ModuleAnswer CallModule(const char* operation, const std::string& what, const FileWatch& watch,
                         const std::function<HRESULT()>& call);
 /// A refusal ends the command.

@@ -4,6 +4,7 @@
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
+#include "lrd/Endings.h"
 #include "lrd/FormatWatch.h"
 #include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
@@ -64,6 +65,7 @@ int RecognizeRequest(const Options& options) {
   const ZYMIDOMElement_var request = RootOf(document);
   FormatWatch formats;
   const ModuleAnswer answer = CallHandler(options, configuration, request, formats);
+  EndWhenAsked();
   // What was recognised before a refusal stands.
   output.Write(document);
   if (answer.IsRefusal()) {

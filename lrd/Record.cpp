@@ -3,6 +3,7 @@
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/DryRunLayer.h"
+#include "lrd/Endings.h"
 #include "lrd/FormatWatch.h"
 #include "lrd/HostError.h"
 #include "lrd/ModuleCall.h"
@@ -59,6 +60,8 @@ void TakeRecordsOfRequest(const Options& options, const Configuration& configura
                           const FileWatch& watch, RecordMap& records) {
   const QELXIVARDOSRecognitionHandler_var handler =
       RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
+  EndingObserver ending;
+  handler->SetObserver(&ending);
   Require(Recognise(handler, options.request, request, true, watch, records));
 }
 

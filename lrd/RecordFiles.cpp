@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "platform/QELVARDOSFileError.h"
 #include "platform/QELVARDOSFileLayer.h"
@@ -60,6 +61,7 @@ Listing List(const std::string& folder) {
   Listing listing;
   fs::directory_iterator entry(Native(folder), listing.error);
   for (; !listing.error && entry != fs::directory_iterator(); entry.increment(listing.error)) {
+    EndWhenAsked();
     std::error_code none;
     const bool isFolder = entry->is_directory(none) && !entry->is_symlink(none);
     std::set<std::string>& kind = isFolder ? listing.folders : MayBeFile(*entry) ? listing.files : listing.others;
@@ -163,6 +165,7 @@ void WalkCadFolders(const std::vector<std::string>& roots, const std::function<v
   }
   // What lies below a path sorts behind it, so one set of what is ahead visits every folder once and in order.
   while (!ahead.empty()) {
+    EndWhenAsked();
     const std::string path = *ahead.begin();
     ahead.erase(ahead.begin());
     if (IsRecordFolder(path)) {

@@ -6,6 +6,7 @@
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/Printable.h"
 #include "lrd/RecordFiles.h"
@@ -178,6 +179,7 @@ int ShowRecords(const Options& options) {
   Json shown = Json::array();
   int status = Done;
   for (const std::string& file : options.files) {
+    EndWhenAsked();
     const RecordReading reading = reader.Read(file);
     if (reading.fault != RecordFault::None) {
       Complain(file, reading.reason);

@@ -8,6 +8,7 @@
 #include "lrd/Command.h"
 #include "lrd/Configuration.h"
 #include "lrd/Console.h"
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/Printable.h"
 #include "lrd/Progress.h"
@@ -211,6 +212,7 @@ Json AsJson(const CadObject& object, const Explained& explained) {
 Json AsJson(const std::vector<CadObject>& objects, const std::vector<Explained>& explained) {
   Json json{{"objects", Json::array()}, {"totals", Json::object()}};
   for (std::size_t at = 0; at < objects.size(); ++at) {
+    EndWhenAsked();
     json["objects"].push_back(AsJson(objects[at], explained[at]));
   }
   const Totals totals(objects);
@@ -277,6 +279,7 @@ void PrintObjects(const std::vector<CadObject>& objects, const std::vector<Expla
     return;
   }
   for (std::size_t at = 0; at < objects.size(); ++at) {
+    EndWhenAsked();
     if (!Print(Line(objects[at], explained.empty() ? nullptr : &explained[at]))) {
       return;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "lrd/Endings.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"
 #include "lrd/XmlFile.h"
@@ -93,7 +94,9 @@ class Recogniser {
     // A person asks what the records say, also when the client would send this very command without them.
     QELXVARDOSRecognitionFactory().GetRecognitionHandler(CommandName, configuration_.object, request.Root(), handler);
     try {
+      handler->SetObserver(&ending_);
       const HRESULT status = handler->Recognize(request.Root(), records);
+      EndWhenAsked();
       const std::size_t decided = request.Decided();
       return SUCCEEDED(status) ? count : decided - std::min<std::size_t>(decided, 1);
     } catch (const ZYMNullHandleError& error) {
@@ -118,6 +121,7 @@ class Recogniser {
 
   const Configuration& configuration_;
   RecordReader reader_;
+  EndingObserver ending_;
   /// Whether the last request ended because a record lacks what it must have.
   bool raised_ = false;
 };

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "lrd/Console.h"
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/HostSystem.h"
 #include "platform/QELVARDOSFileLayer.h"
@@ -162,10 +163,16 @@ XmlOutput::XmlOutput(const std::string& file) {
 
 void XmlOutput::Write(const ZYMIDOMDocument_var& document) const {
   if (file_.empty()) {
-    Serialize(document, Print);
+    Serialize(document, [](std::string_view text) {
+      EndWhenAsked();
+      return Print(text);
+    });
   } else if (isDevice_) {
     // A device or a pipe is written to; only a file can be replaced.
     const std::error_code error = WriteToDevice(file_, TextOf(document));
+    if (error == std::errc::operation_canceled) {
+      EndWhenAsked();
+    }
     if (error && error != std::errc::broken_pipe) {
       throw HostError(UnusableInput, file_ + ": " + error.message());
     }

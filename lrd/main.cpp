@@ -6,6 +6,7 @@
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
+#include "lrd/Endings.h"
 #include "lrd/HostError.h"
 #include "lrd/HostSystem.h"
 #include "lrd/Trace.h"
@@ -43,6 +44,12 @@ int ParseAndRun(int argc, char** argv) {
   std::string traceFile;
   program.add_option("--trace", traceFile, "Write what the module does, line by line, to FILE; - for standard output.")
       ->option_text("FILE");
+  program.footer(
+      "Exit status: 0 done; 1 something could not be read, written or decided, or was found wrong; 2 wrong use, input "
+      "or\n"
+      "output; 3 a record or a tree lacks what the module must have; 130, 143 ended by Ctrl-C or SIGTERM, with "
+      "nothing\n"
+      "left over.");
   program.require_subcommand(1);
   Run chosen;
   for (const Command& command : Commands) {
@@ -55,8 +62,11 @@ int ParseAndRun(int argc, char** argv) {
     return Answer(program, parsed);
   }
   Trace trace(traceFile);
+  NoticeEndings();
   const int status = chosen();
   trace.Finish();
+  FlushPrinted();
+  EndWhenAsked();
   return status;
 }
 

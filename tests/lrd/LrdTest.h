@@ -99,15 +99,14 @@ class LrdTest : public testing::Test {
     return state;
   }
 
-  Ran Lrd(Arguments arguments, int standardOutput = -1) const {
-    arguments.insert(arguments.begin(), LRD_PROGRAM);
-    return Run(std::move(arguments), standardOutput);
-  }
+  /// A program that may still be at work.
+  struct Started {
+    pid_t process = 0;
+  };
 
-  /// Runs a program, the first of the arguments.
-  Ran Run(Arguments arguments, int standardOutput = -1) const {
-    const std::string out = root_ / "out";
-    const std::string err = root_ / "err";
+  /// Starts a program, the first of the arguments. standardOutput: a file that is open, or -1 for one that is read when
+  /// it has ended.
+  Started Spawn(Arguments arguments, int standardOutput = -1) const {
     std::vector<char*> argv;
     for (std::string& argument : arguments) {
       argv.push_back(argument.data());
@@ -118,17 +117,26 @@ class LrdTest : public testing::Test {
     if (standardOutput >= 0) {
       posix_spawn_file_actions_adddup2(&actions, standardOutput, 1);
     } else {
-      posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+      posix_spawn_file_actions_addopen(&actions, 1, Out().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     }
-    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
-    pid_t process = 0;
-    const int failure = posix_spawn(&process, argv.front(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_addopen(&actions, 2, Err().c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    Started started;
+    EXPECT_EQ(posix_spawn(&started.process, argv.front(), &actions, nullptr, argv.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(failure, 0);
-    int status = 0;
-    waitpid(process, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), Slurp(out), Slurp(err)};
+    return started;
   }
+  Ran Wait(const Started& started) const {
+    int status = 0;
+    waitpid(started.process, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), Slurp(Out()), Slurp(Err())};
+  }
+  Ran Run(const Arguments& arguments, int standardOutput = -1) const { return Wait(Spawn(arguments, standardOutput)); }
+
+  Started Start(Arguments arguments, int standardOutput = -1) const {
+    arguments.insert(arguments.begin(), LRD_PROGRAM);
+    return Spawn(std::move(arguments), standardOutput);
+  }
+  Ran Lrd(const Arguments& arguments, int standardOutput = -1) const { return Wait(Start(arguments, standardOutput)); }
 
   /// Runs with a standard output that refuses every byte.
   Ran LrdFull(const Arguments& arguments) const {
@@ -147,6 +155,9 @@ class LrdTest : public testing::Test {
     close(ends[1]);
     return ran;
   }
+
+  std::string Out() const { return root_ / "out"; }
+  std::string Err() const { return root_ / "err"; }
 
   std::filesystem::path root_;
 };
