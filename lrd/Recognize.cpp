@@ -65,6 +65,9 @@ int RecognizeRequest(const Options& options) {
   const ZYMIDOMElement_var request = RootOf(document);
   FormatWatch formats;
   const ModuleAnswer answer = CallHandler(options, configuration, request, formats);
+  if (FirstBelow(request, "cadobjectlist").IsNull()) {
+    Complain(options.request, "has no list of objects (<cadobjectlist>)");
+  }
   EndWhenAsked();
   // What was recognised before a refusal stands.
   output.Write(document);

@@ -70,15 +70,70 @@ Listing List(const std::string& folder) {
   return listing;
 }
 
-std::string Normal(const std::string& root) {
+/// Where a path leads, whatever links are on the way; the path itself when that cannot be found out.
+std::string PlaceBehind(const std::string& path) {
+  std::error_code error;
+  const fs::path place = fs::canonical(Native(path), error);
+  return error ? path : Text(place);
+}
+
+/// The path without "." and "..", unless a link makes it lead elsewhere.
+std::string Normal(const std::string& root, const std::string& place) {
   std::string path = Text(Native(root).lexically_normal());
   if (path.size() > 1 && path.ends_with('/')) {
     path.pop_back();
   }
-  return path == "." ? "" : path;
+  path = path == "." ? "" : path;
+  return PlaceBehind(path) == place ? path : root;
 }
 
 bool IsRecordFolder(const std::string& path) { return QELVARDOSPath(path).GetFileName() == RecordFolder; }
+
+/// A folder that a walk has ahead.
+struct Start {
+  /// Its one name, whatever links and spellings lead to it.
+  std::string place;
+  /// Without the folders below it.
+  bool isAlone = false;
+};
+/// By the paths that are printed.
+using Ahead = std::map<std::string, Start>;
+
+/// The folder above a record folder stands for it.
+std::pair<std::string, Start> StartAt(const std::string& root) {
+  const std::string place = PlaceBehind(root);
+  const std::string path = Normal(root, place);
+  if (IsRecordFolder(path)) {
+    const std::string above = QELVARDOSPath(path).GetDirName().ToString().Str();
+    return {above, {PlaceBehind(above), true}};
+  }
+  if (IsRecordFolder(place)) {
+    const std::string above = QELVARDOSPath(place).GetDirName().ToString().Str();
+    return {path.empty() ? ".." : above, {above, true}};
+  }
+  return {path, {place, false}};
+}
+
+/// Of several roots that are the same folder the first stays.
+Ahead Starts(const std::vector<std::string>& roots) {
+  Ahead ahead;
+  std::set<std::pair<std::string, bool>> places;
+  for (const std::string& root : roots) {
+    std::error_code error;
+    if (root.empty()) {
+      throw HostError(UnusableInput, "the name of a folder is empty");
+    }
+    if (!fs::is_directory(Native(root), error)) {
+      throw HostError(UnusableInput, root + ": " + (error ? error.message() : "is not a folder"));
+    }
+    const auto [path, start] = StartAt(root);
+    if (places.emplace(start.place, start.isAlone).second) {
+      const auto [known, isNew] = ahead.emplace(path, start);
+      known->second.isAlone = known->second.isAlone && start.isAlone;
+    }
+  }
+  return ahead;
+}
 
 /// Why what has the name of a record folder cannot be one; nothing when it may, or when there is none.
 std::string FaultOf(const std::string& recordFolder) {
@@ -153,28 +208,38 @@ std::map<std::string, std::string> CadFolder::NewestObjectFiles(Naming naming) c
 
 CadFolder ListCadFolder(const std::string& path) { return WithRecords(path, List(path)); }
 
+namespace {
+
+void VisitAlone(const std::string& path, const std::function<void(const CadFolder&)>& visit,
+                const std::function<void(const std::string&, const std::string&)>& complain) {
+  const CadFolder folder = ListCadFolder(path);
+  if (folder.fault.empty()) {
+    visit(folder);
+  } else {
+    complain(Text(Native(folder.path)), folder.fault);
+  }
+}
+
+}  // namespace
+
 void WalkCadFolders(const std::vector<std::string>& roots, const std::function<void(const CadFolder&)>& visit,
                     const std::function<void(const std::string&, const std::string&)>& complain) {
-  std::set<std::string> ahead;
-  for (const std::string& root : roots) {
-    std::error_code error;
-    if (!fs::is_directory(Native(root), error)) {
-      throw HostError(UnusableInput, root + ": " + (error ? error.message() : "is not a folder"));
-    }
-    ahead.insert(Normal(root));
-  }
-  // What lies below a path sorts behind it, so one set of what is ahead visits every folder once and in order.
+  Ahead ahead = Starts(roots);
+  std::set<std::string> visited;
+  std::set<std::string> entered;
+  // What lies below a path sorts behind it, so one map of what is ahead visits every folder in order.
   while (!ahead.empty()) {
     EndWhenAsked();
-    const std::string path = *ahead.begin();
+    const auto [path, start] = *ahead.begin();
     ahead.erase(ahead.begin());
-    if (IsRecordFolder(path)) {
-      const CadFolder folder = ListCadFolder(QELVARDOSPath(path).GetDirName().ToString().Str());
-      if (folder.fault.empty()) {
-        visit(folder);
-      } else {
-        complain(Text(Native(folder.path)), folder.fault);
+    const bool isNew = visited.insert(start.place).second;
+    if (start.isAlone) {
+      if (isNew) {
+        VisitAlone(path, visit, complain);
       }
+      continue;
+    }
+    if (!entered.insert(start.place).second) {
       continue;
     }
     Listing listing = List(path);
@@ -184,10 +249,12 @@ void WalkCadFolders(const std::vector<std::string>& roots, const std::function<v
     }
     for (const std::string& name : listing.folders) {
       if (!IsHidden(name)) {
-        ahead.insert(Join(path, name));
+        ahead.emplace(Join(path, name), Start{Join(start.place, name), false});
       }
     }
-    visit(WithRecords(path, std::move(listing)));
+    if (isNew) {
+      visit(WithRecords(path, std::move(listing)));
+    }
   }
 }
 

@@ -50,9 +50,10 @@ std::string ChangedMeanwhile();
 /// What is in one folder.
 CadFolder ListCadFolder(const std::string& path);
 
-/// Shows visit every folder below the roots, the roots included, each once, in the order of their paths. Links to
-/// folders are not followed and hidden folders not entered. A root that is a record folder stands for the folder above
-/// it, alone. A root that is no folder ends the command; complain is told of folders that cannot be listed.
+/// Shows visit every folder below the roots, the roots included, each once, in the order of their paths, whatever
+/// spellings or links the roots lead to it by; of equal roots the first spelling counts. Links to folders are not
+/// followed and hidden folders not entered. A root that is a record folder stands for the folder above it, alone. A
+/// root that is no folder ends the command; complain is told of folders that cannot be listed.
 void WalkCadFolders(const std::vector<std::string>& roots, const std::function<void(const CadFolder&)>& visit,
                     const std::function<void(const std::string& path, const std::string& reason)>& complain);
 

@@ -148,12 +148,13 @@ std::string InWords(const ObjectFile& object, const QELXIVARDOSLRDObject_var& re
   if (object.agrees) {
     return times + "agrees with the record";
   }
-  const auto recorded = SecondsOf(record->GetObjectChangeStamp().Str());
+  const std::string& stamp = record->GetObjectChangeStamp().Str();
+  const auto recorded = SecondsOf(stamp);
   if (!recorded) {
-    return times + "the record has no stamp to compare with";
+    return times + (stamp.empty() ? "the record has no stamp" : "the record has a stamp that is no time");
   }
-  const std::int64_t difference = object.stamp - *recorded;
-  return times + DurationText(difference) + (difference > 0 ? " newer" : " older") + " than the record says";
+  return times + DistanceText(object.stamp, *recorded) + (object.stamp > *recorded ? " newer" : " older") +
+         " than the record says";
 }
 
 void PrintFields(const QELXIVARDOSLRDObject_var& record, int depth) {

@@ -129,7 +129,7 @@ std::string InWords(const Explained& explained) {
     times = " (file " + TimeText(*explained.fileStamp);
     if (explained.recordStamp) {
       times += ", record " + TimeText(*explained.recordStamp) + ", difference " +
-               DurationText(*explained.fileStamp - *explained.recordStamp);
+               DistanceText(*explained.fileStamp, *explained.recordStamp);
     }
     times += ")";
   }
@@ -201,7 +201,9 @@ Json AsJson(const CadObject& object, const Explained& explained) {
     json["recordTime"] = TimeText(*explained.recordStamp);
   }
   if (explained.fileStamp && explained.recordStamp) {
-    json["difference"] = *explained.fileStamp - *explained.recordStamp;
+    if (const auto difference = Difference(*explained.fileStamp, *explained.recordStamp)) {
+      json["difference"] = *difference;
+    }
   }
   if (object.verdict == Verdict::Damaged) {
     json["damage"] = object.damage;

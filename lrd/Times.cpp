@@ -1,5 +1,6 @@
 #include "lrd/Times.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -30,13 +31,15 @@ std::string TimeText(std::int64_t seconds) {
   return text.data();
 }
 
-std::string DurationText(std::int64_t seconds) {
+std::string DistanceText(std::int64_t time, std::int64_t other) {
   struct Unit {
     std::uint64_t length;
     const char* name;
   };
   constexpr std::array Units = {Unit{86400, "d"}, Unit{3600, "h"}, Unit{60, "min"}, Unit{1, "s"}};
-  std::uint64_t rest = seconds < 0 ? 0 - static_cast<std::uint64_t>(seconds) : static_cast<std::uint64_t>(seconds);
+  // Unsigned numbers hold the distance of any two.
+  const auto [earlier, later] = std::minmax(time, other);
+  std::uint64_t rest = static_cast<std::uint64_t>(later) - static_cast<std::uint64_t>(earlier);
   std::string text;
   for (const Unit& unit : Units) {
     if (rest >= unit.length) {
@@ -45,6 +48,12 @@ std::string DurationText(std::int64_t seconds) {
     }
   }
   return text.empty() ? "0 s" : text;
+}
+
+std::optional<std::int64_t> Difference(std::int64_t time, std::int64_t other) {
+  const auto difference =
+      static_cast<std::int64_t>(static_cast<std::uint64_t>(time) - static_cast<std::uint64_t>(other));
+  return (difference < 0) == (time < other) ? std::optional(difference) : std::nullopt;
 }
 
 }  // namespace lrd

@@ -50,6 +50,8 @@ TEST_F(LrdTest, WrongUseIsNamedAndExitsWithTwo) {
       {{"record", "checkin.xml", "--config", "config.xml"}, "--request"},
       {{"record", "checkout.xml", "--config", "config.xml", "--request", "request.xml"}, "--request"},
       {{"status", "nowhere", "--config", "config.xml"}, "nowhere"},
+      {{"status", "", "--config", "config.xml"}, "the name of a folder is empty"},
+      {{"check", ".", ""}, "the name of a folder is empty"},
       {{"check", "config.xml"}, "config.xml"},
       {{"show"}, "RECORD"},
   };
@@ -169,6 +171,13 @@ TEST_F(LrdTest, RecognizeCanReplaceItsInputAndSumsUp) {
               Not(HasSubstr("hashcodefromlrd=\"HC-")));
 }
 
+TEST_F(LrdTest, RecognizeSaysWhenThereIsNothingToRecognise) {
+  Put("request.xml", "<command cname='synclocalrecognition'><cadobjects/></command>");
+  const Ran ran = Lrd({"recognize", "request.xml", "--config", "config.xml"});
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_EQ(ran.err, "lrd: request.xml: has no list of objects (<cadobjectlist>)\n");
+}
+
 TEST_F(LrdTest, RecognizeNamesTheRecordThatStopsIt) {
   PutObject("work", "good.prt.1", "good.prt", Record("PH-1"));
   PutObject("work", "bad.prt.1", "bad.prt", "<object>\n<phid>");
@@ -244,11 +253,12 @@ TEST_F(LrdTest, RecordsThatCannotBeWrittenAreNamedAlsoInADryRun) {
   Put("file", "a file where a folder above it should be");
   const std::string longName(256, 'n');
   std::string response = CheckOut("work", {"bad", "good"});
+  const auto objectIn = [](const std::string& folder) {
+    return "<cadobject cadid='" + folder + "' phid='PH' type='part' selected='true' filename='b.prt.1' dirname='" +
+           folder + "'/>";
+  };
   for (const std::string& folder : {std::string("blocked"), std::string("file/sub"), longName}) {
-    response.insert(response.find("<cadobject "), "<cadobject cadid='" + folder +
-                                                      "' phid='PH' type='part' selected='true' filename='b.prt.1' "
-                                                      "dirname='" +
-                                                      folder + "'/>");
+    response.insert(response.find("<cadobject "), objectIn(folder));
   }
   Put("response.xml", response);
   const Ran dry = Lrd({"record", "response.xml", "--config", "config.xml", "--dry-run"});
@@ -343,6 +353,53 @@ TEST_F(StatusTest, ListsEveryObjectOnceAndSorted) {
   EXPECT_THAT(
       Lrd({"status", "work", "--config", "config.xml"}).out,
       AllOf(HasSubstr("? work/same.prt.9\n"), HasSubstr("? work/same.prt.10\n"), HasSubstr("! work/same.prt\n")));
+}
+
+TEST_F(StatusTest, AFolderIsListedOnceWhateverItsSpelling) {
+  fs::create_directory_symlink("work/sub", "link");
+  fs::create_directory_symlink("work/sub/.KORVANTHEMIX", "records");
+  const std::string sub =
+      "M work/sub/older.prt\nM work/sub/stampless.prt\n"
+      "2 objects: 0 EXISTS, 2 MODIFIED, 0 UNKNOWN, 0 DAMAGED; 0 records without object file\n";
+  const std::string absolute = fs::absolute("work/sub");
+  const auto status = [](Arguments folders) {
+    folders.insert(folders.begin(), "status");
+    folders.insert(folders.end(), {"--config", "../config.xml"});
+    return folders;
+  };
+  fs::copy_file("config.xml", "../config.xml", fs::copy_options::overwrite_existing);
+  EXPECT_EQ(Lrd(status({"work/sub", "./work/sub/", "work/../work/sub", absolute, "link", "work/sub/."})).out, sub);
+  EXPECT_EQ(Lrd(status({"work/sub", "work/sub/.KORVANTHEMIX", "work/sub/.KORVANTHEMIX/", "records"})).out, sub);
+  EXPECT_EQ(Lrd(status({"work/sub/.KORVANTHEMIX", "work/sub"})).out, sub);
+  // A record folder stands for the folder above it, without those below.
+  EXPECT_THAT(Lrd(status({"work/.KORVANTHEMIX"})).out, HasSubstr("\n3 objects: 1 EXISTS, 1 MODIFIED, 1 UNKNOWN"));
+  EXPECT_THAT(Lrd(status({absolute, "work"})).out, HasSubstr("\n5 objects: 1 EXISTS, 3 MODIFIED, 1 UNKNOWN"));
+  EXPECT_THAT(Lrd(status({"records", "work"})).out, HasSubstr("\n5 objects: 1 EXISTS, 3 MODIFIED, 1 UNKNOWN"));
+  // Where a link is followed back it does not lead to where it stands.
+  EXPECT_THAT(Lrd(status({"link/.."})).out, HasSubstr("\n5 objects: 1 EXISTS, 3 MODIFIED, 1 UNKNOWN"));
+  fs::current_path("work/sub/.KORVANTHEMIX");
+  EXPECT_THAT(Lrd({"status", ".", "--config", "../../../config.xml"}).out, StartsWith("M ../older.prt\n"));
+  fs::current_path("../../..");
+}
+
+TEST_F(StatusTest, StampsAtTheEndsOfTheirRangeAreToldApart) {
+  PutObject("ends", "first.prt", "first.prt", Record("PH-1", "-9223372036854775808"));
+  PutObject("ends", "last.prt", "last.prt", Record("PH-2", "9223372036854775807"));
+  const Ran status = Lrd({"status", "ends", "--config", "config.xml", "--explain"});
+  EXPECT_EQ(status.out,
+            "M ends/first.prt: file is newer than its record (file 2023-11-14 22:13:20 UTC, "
+            "record -9223372036854775808 s, difference 106751991186976 d 13 h 43 min 28 s)\n"
+            "M ends/last.prt: file is older than its record (file 2023-11-14 22:13:20 UTC, "
+            "record 9223372036854775807 s, difference 106751991147624 d 17 h 16 min 47 s)\n"
+            "2 objects: 0 EXISTS, 2 MODIFIED, 0 UNKNOWN, 0 DAMAGED; 0 records without object file\n");
+  EXPECT_THAT(Lrd({"show", "ends/.KORVANTHEMIX/first.prt.xml", "ends/.KORVANTHEMIX/last.prt.xml"}).out,
+              AllOf(HasSubstr("106751991186976 d 13 h 43 min 28 s newer than the record says"),
+                    HasSubstr("106751991147624 d 17 h 16 min 47 s older than the record says")));
+  EXPECT_THAT(Lrd({"show", "work/sub/.KORVANTHEMIX/stampless.prt.xml"}).out,
+              HasSubstr(" UTC, the record has no stamp\n"));
+  const json facts = json::parse(Lrd({"status", "ends", "--config", "config.xml", "--json"}).out);
+  EXPECT_FALSE(facts["objects"][0].contains("difference")) << "no such number holds it";
+  EXPECT_EQ(facts["objects"][1]["difference"], 1700000000 - 9223372036854775807);
 }
 
 TEST_F(StatusTest, ExplainsEveryVerdict) {
