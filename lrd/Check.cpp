@@ -1,11 +1,16 @@
+#include <array>
+#include <functional>
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/Endings.h"
 #include "lrd/HostError.h"
+#include "lrd/JsonText.h"
 #include "lrd/Printable.h"
 #include "lrd/Progress.h"
 #include "lrd/RecordFiles.h"
@@ -17,33 +22,92 @@ namespace lrd {
 
 namespace {
 
-const char* Lead(RecordFault fault) {
-  switch (fault) {
+struct Options {
+  std::vector<std::string> folders;
+  bool json = false;
+};
+
+/// What may be wrong: every kind there is.
+enum class Kind {
+  NotReadable,
+  NotWellFormed,
+  Incomplete,
+  UnknownVersion,
+  NoRecord,
+  ChangedMeanwhile,
+  NoObjectFile,
+  SamePhysicalId,
+  NotRegular,
+  RecordFolder,
+  LeftOver,
+  PerhapsLeftOver
+};
+
+struct KindWords {
+  /// For programs.
+  const char* name;
+  const char* meaning;
+};
+
+const KindWords& WordsFor(Kind kind) {
+  static constexpr std::array Words = {
+      KindWords{"notReadable", "a record file or a folder that cannot be read"},
+      KindWords{"notWellFormed", "a record file that is no well-formed XML"},
+      KindWords{"incomplete", "a record that lacks an element that it must have"},
+      KindWords{"unknownVersion", "a record of an unknown format version"},
+      KindWords{"noRecord", "a record file that holds no record"},
+      KindWords{"changedMeanwhile", "a record file that was gone at a second look"},
+      KindWords{"noObjectFile", "a record whose object file is gone"},
+      KindWords{"samePhysicalId", "a record with the physical id of an earlier one"},
+      KindWords{"notRegular", "a record that is no regular file"},
+      KindWords{"recordFolder", "a record folder that cannot be listed, or is none"},
+      KindWords{"leftOver", "a temporary file that a writer left when it ended"},
+      KindWords{"perhapsLeftOver", "a temporary file of which it cannot be told whether its writer still works"}};
+  return Words.at(static_cast<std::size_t>(kind));
+}
+
+struct Finding {
+  std::string file;
+  Kind kind;
+  std::string words;
+};
+
+Finding FindingOn(const std::string& file, const RecordReading& reading) {
+  switch (reading.fault) {
     case RecordFault::Missing:
-    case RecordFault::Unreadable:
-      return "not readable: ";
+      return {file, Kind::ChangedMeanwhile, ChangedMeanwhile()};
     case RecordFault::NotWellFormed:
-      return "not well-formed: ";
+      return {file, Kind::NotWellFormed, "not well-formed: " + reading.reason};
     case RecordFault::Incomplete:
-      return "incomplete: ";
+      return {file, Kind::Incomplete, "incomplete: " + reading.reason};
+    case RecordFault::UnknownVersion:
+      return {file, Kind::UnknownVersion, reading.reason};
+    case RecordFault::NoRecord:
+      return {file, Kind::NoRecord, reading.reason};
     default:
-      return "";
+      return {file, Kind::NotReadable, "not readable: " + reading.reason};
   }
 }
 
-/// Goes through the record files of folder after folder and prints what is wrong.
+std::string Counted(std::size_t count, const char* what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+/// Goes through the record files of folder after folder and tells what is wrong.
 class Checker {
  public:
-  explicit Checker(Progress& progress) : progress_(progress) {}
+  using Tell = std::function<void(const Finding&)>;
+
+  explicit Checker(Tell tell) : tell_(std::move(tell)) {}
 
   void CheckFolder(const CadFolder& folder) {
     if (!folder.recordFolderFault.empty()) {
-      Report(folder.RecordFolderPath(), folder.recordFolderFault);
+      tell_({folder.RecordFolderPath(), Kind::RecordFolder, folder.recordFolderFault});
     }
     CheckTemporaries(folder);
     for (const std::string& name : folder.strangers) {
       if (name.ends_with(".xml")) {
-        Report(folder.RecordFolderPath() + "/" + name, "is no regular file");
+        tell_({folder.RecordFolderPath() + "/" + name, Kind::NotRegular, "is no regular file"});
       }
     }
     const auto objects = folder.NewestObjectFiles(Naming::Either);
@@ -52,18 +116,11 @@ class Checker {
       const std::string file = RecordFileOf(folder.path, record);
       CheckRecord(file);
       if (!objects.contains(record)) {
-        Report(file, "its object file is gone");
+        tell_({file, Kind::NoObjectFile, "its object file is gone"});
       }
     }
   }
 
-  void Report(const std::string& file, const std::string& finding) {
-    progress_.Hide();
-    Print(Printable(file + ": " + finding) + "\n");
-    ++findings_;
-  }
-
-  std::size_t Findings() const noexcept { return findings_; }
   std::size_t Records() const noexcept { return records_; }
 
  private:
@@ -84,20 +141,19 @@ class Checker {
       if (!layer.Stat(file).Exists() || (isClaimed && error == std::errc::device_or_resource_busy)) {
         continue;
       }
-      Report(file, isClaimed && !error ? "left-over temporary file"
-                                       : "temporary file; left over, unless somebody writes there now");
+      if (isClaimed && !error) {
+        tell_({file, Kind::LeftOver, "left-over temporary file"});
+      } else {
+        tell_({file, Kind::PerhapsLeftOver, "temporary file; left over, unless somebody writes there now"});
+      }
     }
   }
 
   void CheckRecord(const std::string& file) {
     ++records_;
     const RecordReading reading = reader_.Read(file);
-    if (reading.fault == RecordFault::Missing) {
-      Report(file, ChangedMeanwhile());
-      return;
-    }
     if (reading.fault != RecordFault::None) {
-      Report(file, Lead(reading.fault) + reading.reason);
+      tell_(FindingOn(file, reading));
       return;
     }
     const std::string& phid = reading.record->GetPhysicalId().Str();
@@ -105,50 +161,94 @@ class Checker {
       return;
     }
     if (const auto [first, isNew] = owners_.emplace(phid, file); !isNew) {
-      Report(file, "has the physical id " + phid + " of " + first->second);
+      tell_({file, Kind::SamePhysicalId, "has the physical id " + phid + " of " + first->second});
     }
   }
 
-  Progress& progress_;
+  Tell tell_;
   RecordReader reader_;
   std::map<std::string, std::string> owners_;
   std::size_t records_ = 0;
-  std::size_t findings_ = 0;
 };
 
-std::string Counted(std::size_t count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
+/// Says what was found, at once in lines or at the end as one document.
+class Report {
+ public:
+  explicit Report(bool json) : json_(json) {}
 
-int CheckFolders(const std::vector<std::string>& folders) {
+  void Add(const Finding& finding) {
+    ++count_;
+    if (!json_) {
+      Print(Printable(finding.file + ": " + finding.words) + "\n");
+      return;
+    }
+    Json& entry = findings_.emplace_back();
+    PutText(entry, "file", finding.file);
+    entry["kind"] = WordsFor(finding.kind).name;
+    PutText(entry, "words", finding.words);
+  }
+
+  void Finish(std::size_t records) {
+    if (!json_) {
+      Print(Counted(records, "record") + ", " + Counted(count_, "finding") + "\n");
+      return;
+    }
+    Json document;
+    document["findings"] = std::move(findings_);
+    document["totals"] = {{"records", records}, {"findings", count_}};
+    PrintJson(document);
+  }
+
+  std::size_t Count() const noexcept { return count_; }
+
+ private:
+  bool json_;
+  std::size_t count_ = 0;
+  Json findings_ = Json::array();
+};
+
+int CheckFolders(const Options& options) {
   Progress progress;
-  Checker checker(progress);
+  Report report(options.json);
+  const auto tell = [&](const Finding& finding) {
+    progress.Hide();
+    report.Add(finding);
+  };
+  Checker checker(tell);
   WalkCadFolders(
-      folders,
+      options.folders,
       [&](const CadFolder& folder) {
         checker.CheckFolder(folder);
         progress.Tell(Counted(checker.Records(), "record") + " read");
       },
-      [&](const std::string& path, const std::string& reason) { checker.Report(path, "not readable: " + reason); });
+      [&](const std::string& path, const std::string& reason) {
+        tell({path, Kind::NotReadable, "not readable: " + reason});
+      });
   progress.Hide();
-  Print(Counted(checker.Records(), "record") + ", " + Counted(checker.Findings(), "finding") + "\n");
-  return checker.Findings() == 0 ? Done : ModuleRefused;
+  report.Finish(checker.Records());
+  return report.Count() == 0 ? Done : ModuleRefused;
+}
+
+std::string Footer() {
+  std::string text = "Reported, a line each, and the kind of it in JSON:\n";
+  for (int kind = 0; kind <= static_cast<int>(Kind::PerhapsLeftOver); ++kind) {
+    constexpr std::size_t NameWidth = 18;
+    const KindWords& words = WordsFor(static_cast<Kind>(kind));
+    std::string name = words.name;
+    name.resize(NameWidth, ' ');
+    text += "  " + name + words.meaning + "\n";
+  }
+  return text + "\n" + JsonHelp;
 }
 
 }  // namespace
 
 Run PrepareCheck(CLI::App& arguments) {
-  const auto folders = std::make_shared<std::vector<std::string>>();
-  arguments.add_option("FOLDER", *folders, "Folders of CAD files.")->required()->option_text(" ");
-  arguments.footer(
-      "Reported, a line each: a record file that cannot be read, is not well-formed, lacks an element that a record "
-      "must\n"
-      "have or holds no record of a known format version; one whose object file is gone; one that is no regular file; "
-      "a\n"
-      "record folder that cannot be listed or is none; a left-over temporary file; a physical id that an earlier "
-      "record\n"
-      "has too.");
-  return [folders] { return CheckFolders(*folders); };
+  const auto options = std::make_shared<Options>();
+  arguments.add_option("FOLDER", options->folders, "Folders of CAD files.")->required()->option_text(" ");
+  arguments.add_flag("--json", options->json, "Print one JSON document with the same facts.");
+  arguments.footer(Footer());
+  return [options] { return CheckFolders(*options); };
 }
 
 }  // namespace lrd

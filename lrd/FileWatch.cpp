@@ -19,7 +19,7 @@ void FileWatch::Replaced(const std::string& path, QELVARDOSReplacement outcome, 
     const std::string& reason = QELVARDOSSystemUtils::LastError();
     failed_.emplace(path, reason.starts_with(path + ": ") ? reason.substr(path.size() + 2) : error.message());
   } else {
-    settled_.insert(path);
+    settled_.insert_or_assign(path, outcome);
   }
   QELVARDOSFileLayerFilter::Replaced(path, outcome, error);
 }

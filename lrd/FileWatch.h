@@ -1,7 +1,6 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
 
 #include "platform/QELVARDOSFileLayer.h"
@@ -19,15 +18,15 @@ class FileWatch : public QELVARDOSFileLayerFilter {
 
   /// The file that was read last; empty before the first.
   const std::string& LastRead() const noexcept { return lastRead_; }
-  /// The files that hold what they were to hold.
-  const std::set<std::string>& Settled() const noexcept { return settled_; }
+  /// The files that hold what they were to hold: Written or AlreadyTheSame.
+  const std::map<std::string, QELVARDOSReplacement>& Settled() const noexcept { return settled_; }
   /// The files that could not be replaced, with the reason.
   const std::map<std::string, std::string>& Failed() const noexcept { return failed_; }
 
  private:
   QELVARDOSFileLayer* before_;
   std::string lastRead_;
-  std::set<std::string> settled_;
+  std::map<std::string, QELVARDOSReplacement> settled_;
   std::map<std::string, std::string> failed_;
 };
 

@@ -1,4 +1,6 @@
+#include <map>
 #include <memory>
+#include <utility>
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
@@ -6,6 +8,7 @@
 #include "lrd/Endings.h"
 #include "lrd/FormatWatch.h"
 #include "lrd/HostError.h"
+#include "lrd/JsonText.h"
 #include "lrd/ModuleCall.h"
 #include "lrd/Printable.h"
 #include "lrd/XmlFile.h"
@@ -24,6 +27,7 @@ struct Options {
   std::string command;
   bool dryRun = false;
   bool rawPaths = false;
+  bool json = false;
 };
 
 /// The handler that the module chooses for the response; null when none serves it.
@@ -75,22 +79,80 @@ ModuleAnswer UpdateRecords(const Options& options, const Configuration& configur
                     [&] { return handler->CreateOrUpdateLRD(response, records); });
 }
 
-int Report(const Options& options, const FileWatch& watch, const FormatWatch& formats, const ModuleAnswer& answer) {
-  for (const std::string& path : watch.Settled()) {
-    Print(options.rawPaths ? path + '\0' : Printable(path) + '\n');
-  }
-  for (const auto& [path, version] : formats.Found()) {
-    if (watch.Settled().contains(path)) {
-      Complain(path, "takes the place of a record of the unknown format version \"" + version + "\"");
+/// What came of a response.
+struct Outcome {
+  std::map<std::string, QELVARDOSReplacement> settled;
+  std::map<std::string, std::string> failed;
+  /// From a file that was replaced to the format version of what it held, if that is not known.
+  std::map<std::string, std::string> replaced;
+  ModuleAnswer answer;
+
+  Outcome(const FileWatch& watch, const FormatWatch& formats, ModuleAnswer module)
+      : settled(watch.Settled()), failed(watch.Failed()), answer(std::move(module)) {
+    for (const auto& [path, version] : formats.Found()) {
+      if (settled.contains(path)) {
+        replaced.emplace(path, version);
+      }
     }
   }
-  for (const auto& [path, reason] : watch.Failed()) {
+};
+
+Json AsJson(const std::map<std::string, std::string>& files, const char* member) {
+  Json json = Json::array();
+  for (const auto& [path, text] : files) {
+    Json& file = json.emplace_back();
+    PutText(file, "path", path);
+    PutText(file, member, text);
+  }
+  return json;
+}
+
+Json AsJson(const Outcome& outcome) {
+  std::size_t written = 0;
+  Json records = Json::array();
+  for (const auto& [path, replacement] : outcome.settled) {
+    const bool isWritten = replacement == QELVARDOSReplacement::Written;
+    written += isWritten ? 1 : 0;
+    Json& record = records.emplace_back();
+    PutText(record, "path", path);
+    record["outcome"] = isWritten ? "written" : "already the same";
+  }
+  Json json;
+  json["records"] = std::move(records);
+  json["failed"] = AsJson(outcome.failed, "reason");
+  json["replacedUnknownFormat"] = AsJson(outcome.replaced, "version");
+  if (outcome.answer.IsRefusal()) {
+    PutText(json, "refusal", outcome.answer.refusal);
+  }
+  json["totals"] = {{"written", written},
+                    {"alreadyTheSame", outcome.settled.size() - written},
+                    {"failed", outcome.failed.size()},
+                    {"replacedUnknownFormat", outcome.replaced.size()}};
+  return json;
+}
+
+void PrintPaths(const Outcome& outcome, bool raw) {
+  for (const auto& [path, replacement] : outcome.settled) {
+    Print(raw ? path + '\0' : Printable(path) + '\n');
+  }
+}
+
+int Report(const Options& options, const Outcome& outcome) {
+  if (options.json) {
+    PrintJson(AsJson(outcome));
+  } else {
+    PrintPaths(outcome, options.rawPaths);
+  }
+  for (const auto& [path, version] : outcome.replaced) {
+    Complain(path, "takes the place of a record of the unknown format version \"" + version + "\"");
+  }
+  for (const auto& [path, reason] : outcome.failed) {
     Complain(path, reason);
   }
-  if (answer.IsRefusal()) {
-    Complain(answer.refusal);
+  if (outcome.answer.IsRefusal()) {
+    Complain(outcome.answer.refusal);
   }
-  return answer.IsRefusal() || !watch.Failed().empty() ? ModuleRefused : Done;
+  return outcome.answer.IsRefusal() || !outcome.failed.empty() ? ModuleRefused : Done;
 }
 
 int RecordResponse(const Options& options) {
@@ -113,7 +175,7 @@ int RecordResponse(const Options& options) {
   }
   FormatWatch replaced;
   const ModuleAnswer answer = UpdateRecords(options, configuration, response, watch, records, replaced);
-  return Report(options, watch, replaced, answer);
+  return Report(options, Outcome(watch, replaced, answer));
 }
 
 }  // namespace
@@ -129,12 +191,15 @@ Run PrepareRecord(CLI::App& arguments) {
   arguments.add_option("--command", options->command, "The command's name; each tree's own \"cname\" when left out.")
       ->option_text("NAME");
   arguments.add_flag("--dry-run", options->dryRun, "Print the same lines and touch nothing.");
-  arguments.add_flag("-0", options->rawPaths, "End each path with a zero byte, and print it as it is.");
+  CLI::Option* json =
+      arguments.add_flag("--json", options->json, "Print one JSON document: what was written and what failed.");
+  arguments.add_flag("-0", options->rawPaths, "End each path with a zero byte, and print it as it is.")->excludes(json);
   arguments.footer(
-      "Printed: the path of every record file that was written or held the same already, sorted, a line each.\n"
-      "Control characters and bytes that are no UTF-8 are printed as \\xHH and a backslash is doubled; -0 prints "
-      "paths\n"
-      "for programs.");
+      std::string(
+          "Printed: the path of every record file that was written or held the same already, sorted, a line each.\n"
+          "Control characters and bytes that are no UTF-8 are printed as \\xHH and a backslash is doubled; -0\n"
+          "prints paths for programs.\n\n") +
+      JsonHelp);
   return [options] { return RecordResponse(*options); };
 }
 

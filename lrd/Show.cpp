@@ -1,13 +1,13 @@
 #include <array>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "lrd/Command.h"
 #include "lrd/Console.h"
 #include "lrd/Endings.h"
 #include "lrd/HostError.h"
+#include "lrd/JsonText.h"
 #include "lrd/Printable.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"
@@ -17,8 +17,6 @@
 namespace lrd {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct Options {
   std::vector<std::string> files;
@@ -105,7 +103,7 @@ class Viewer {
 Json AsJson(const QELXIVARDOSLRDObject_var& record) {
   Json json;
   for (const Field& field : Fields) {
-    json[field.name] = field.read(*record).Str();
+    PutText(json, field.name, field.read(*record).Str());
   }
   json["children"] = Json::array();
   for (const QELXIVARDOSLRDObject_var& child : record->GetChildren()) {
@@ -115,10 +113,15 @@ Json AsJson(const QELXIVARDOSLRDObject_var& record) {
 }
 
 Json AsJson(const std::string& file, const QELXIVARDOSLRDObject_var& record, const ObjectFile& object) {
-  Json json{{"file", file}};
+  Json json;
+  PutText(json, "file", file);
   json.update(AsJson(record));
   const bool there = !object.path.empty();
-  json["objectFile"] = there ? Json(object.path) : Json();
+  if (there) {
+    PutText(json, "objectFile", object.path);
+  } else {
+    json["objectFile"] = nullptr;
+  }
   json["objectFileStamp"] = there ? Json(std::to_string(object.stamp)) : Json();
   json["stampAgrees"] = there ? Json(object.agrees) : Json();
   return json;
@@ -185,7 +188,9 @@ int ShowRecords(const Options& options) {
     if (reading.fault != RecordFault::None) {
       Complain(file, reading.reason);
       status = ModuleRefused;
-      shown.push_back({{"file", file}, {"error", reading.reason}});
+      Json& unread = shown.emplace_back();
+      PutText(unread, "file", file);
+      PutText(unread, "error", reading.reason);
       continue;
     }
     const ObjectFile object = viewer.ObjectFileOf(file, reading.record);
@@ -203,7 +208,7 @@ int ShowRecords(const Options& options) {
     PrintChildren(reading.record, 2);
   }
   if (options.json) {
-    Print(shown.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    PrintJson(shown);
   }
   return status;
 }
@@ -214,6 +219,7 @@ Run PrepareShow(CLI::App& arguments) {
   const auto options = std::make_shared<Options>();
   arguments.add_option("RECORD", options->files, "Record files.")->required()->option_text(" ");
   arguments.add_flag("--json", options->json, "Print one JSON document: an array with an object for each file.");
+  arguments.footer(JsonHelp);
   return [options] { return ShowRecords(*options); };
 }
 

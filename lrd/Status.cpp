@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <vector>
 
@@ -10,6 +9,7 @@
 #include "lrd/Console.h"
 #include "lrd/Endings.h"
 #include "lrd/HostError.h"
+#include "lrd/JsonText.h"
 #include "lrd/Printable.h"
 #include "lrd/Progress.h"
 #include "lrd/RecordFiles.h"
@@ -20,8 +20,6 @@
 namespace lrd {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct Options {
   std::vector<std::string> folders;
@@ -188,10 +186,11 @@ std::string InWords(const Totals& totals) {
 }
 
 Json AsJson(const CadObject& object, const Explained& explained) {
-  Json json{{"path", object.path},
-            {"letter", std::string(1, WordFor(object.verdict).letter)},
-            {"status", WordFor(object.verdict).status},
-            {"reason", InWords(explained.why)}};
+  Json json;
+  PutText(json, "path", object.path);
+  json["letter"] = std::string(1, WordFor(object.verdict).letter);
+  json["status"] = WordFor(object.verdict).status;
+  json["reason"] = InWords(explained.why);
   if (explained.fileStamp) {
     json["fileStamp"] = *explained.fileStamp;
     json["fileTime"] = TimeText(*explained.fileStamp);
@@ -206,7 +205,7 @@ Json AsJson(const CadObject& object, const Explained& explained) {
     }
   }
   if (object.verdict == Verdict::Damaged) {
-    json["damage"] = object.damage;
+    PutText(json, "damage", object.damage);
   }
   return json;
 }
@@ -277,7 +276,7 @@ std::vector<CadObject> Sorted(Found found) {
 /// explained: one for each object if they are to be explained.
 void PrintObjects(const std::vector<CadObject>& objects, const std::vector<Explained>& explained, bool json) {
   if (json) {
-    Print(AsJson(objects, explained).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    PrintJson(AsJson(objects, explained));
     return;
   }
   for (std::size_t at = 0; at < objects.size(); ++at) {
@@ -316,7 +315,7 @@ std::string Footer() {
   for (int why = 0; why <= static_cast<int>(Why::FileGone); ++why) {
     text += std::string("  ") + InWords(static_cast<Why>(why)) + "\n";
   }
-  return text;
+  return text + "\n" + JsonHelp;
 }
 
 }  // namespace
