@@ -62,6 +62,15 @@ void Complain(std::string_view message) {
 
 void Complain(const std::string& file, const std::string& message) { Complain(file + ": " + message); }
 
+bool CanAsk() { return IsTerminal(stdin) && IsTerminal(stderr); }
+
+bool Agrees(const std::string& question) {
+  FlushPrinted();
+  std::fputs(("lrd: " + Printable(question) + " [y/N] ").c_str(), stderr);
+  const std::string answer = ReadLine();
+  return answer == "y" || answer == "Y" || answer == "yes";
+}
+
 std::string Coloured(std::string_view text, Colour colour) {
   static constexpr std::array<std::string_view, 4> Codes = {"", "\x1b[32m", "\x1b[33m", "\x1b[31m"};
   if (colour == Colour::None || !ShowsColours()) {

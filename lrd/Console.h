@@ -15,6 +15,11 @@ void Complain(std::string_view message);
 /// The same about a file, named first.
 void Complain(const std::string& file, const std::string& message);
 
+/// Whether a person can be asked.
+bool CanAsk();
+/// Whether the person says yes to the question.
+bool Agrees(const std::string& question);
+
 enum class Colour { None, Green, Yellow, Red };
 /// The text in that colour, on a terminal that shows colours and unless NO_COLOR is set.
 std::string Coloured(std::string_view text, Colour colour);

@@ -24,6 +24,8 @@ Ending NoticedEnding();
 std::error_code WriteOut(std::string_view text);
 /// The same to a device or a pipe.
 std::error_code WriteToDevice(const std::string& device, std::string_view text);
+/// The line that a person types; empty when there is none to come, or an ending was noticed.
+std::string ReadLine();
 /// What the system would answer to making or renaming a file in that folder, with nothing made; false when it would do
 /// it.
 std::error_code WouldRefuseFileIn(const std::string& folder);

@@ -19,7 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* RecordFolder = ".KORVANTHEMIX";
-constexpr std::string_view RecordSuffix = ".xml";
 
 std::string Text(const fs::path& path) {
   const std::u8string text = path.generic_u8string();
@@ -153,14 +152,17 @@ std::string FaultOf(const std::string& recordFolder) {
 }
 
 CadFolder WithRecords(const std::string& path, Listing objects) {
-  CadFolder folder{path, std::move(objects.files), {}, {}, {}, {}};
+  CadFolder folder;
+  folder.path = path;
+  folder.files = std::move(objects.files);
   folder.fault = objects.error ? objects.error.message() : "";
   folder.recordFolderFault = FaultOf(folder.RecordFolderPath());
   if (folder.recordFolderFault.empty()) {
     Listing listing = List(folder.RecordFolderPath());
     folder.recordFolder = std::move(listing.files);
     folder.strangers = std::move(listing.others);
-    folder.strangers.merge(listing.folders);
+    folder.strangers.insert(listing.folders.begin(), listing.folders.end());
+    folder.innerFolders = std::move(listing.folders);
     if (listing.error && !QELVARDOSFileLayer::MeansMissing(listing.error, folder.RecordFolderPath())) {
       folder.recordFolderFault = "cannot be listed: " + listing.error.message();
     }
@@ -185,7 +187,7 @@ std::string CadFolder::RecordFolderPath() const { return Join(path, RecordFolder
 std::set<std::string> CadFolder::Records() const {
   std::set<std::string> records;
   for (const std::string& name : recordFolder) {
-    if (name.ends_with(RecordSuffix) && !QELVARDOSFileTransaction::IsTemporaryName(name)) {
+    if (name.ends_with(RecordSuffix) && name != RecordSuffix && !QELVARDOSFileTransaction::IsTemporaryName(name)) {
       records.insert(name.substr(0, name.size() - RecordSuffix.size()));
     }
   }
@@ -204,6 +206,33 @@ std::map<std::string, std::string> CadFolder::NewestObjectFiles(Naming naming) c
     }
   }
   return newest;
+}
+
+std::vector<std::string> MisplacedRecords(const CadFolder& folder,
+                                          const std::function<void(const std::string&, const std::string&)>& complain) {
+  std::vector<std::string> misplaced;
+  std::set<std::string> ahead;
+  for (const std::string& name : folder.innerFolders) {
+    ahead.insert(Join(folder.RecordFolderPath(), name));
+  }
+  while (!ahead.empty()) {
+    EndWhenAsked();
+    const std::string path = *ahead.begin();
+    ahead.erase(ahead.begin());
+    const Listing listing = List(path);
+    if (listing.error) {
+      complain(path, listing.error.message());
+    }
+    for (const std::string& name : listing.files) {
+      if (name.ends_with(RecordSuffix)) {
+        misplaced.push_back(Join(path, name));
+      }
+    }
+    for (const std::string& name : listing.folders) {
+      ahead.insert(Join(path, name));
+    }
+  }
+  return misplaced;
 }
 
 CadFolder ListCadFolder(const std::string& path) { return WithRecords(path, List(path)); }

@@ -28,17 +28,19 @@ struct CadFolder {
   /// Empty for the working folder.
   std::string path;
   std::set<std::string> files;
+  /// Why the folder cannot be listed, so that files may be missing above; empty when it can.
+  std::string fault;
   /// The files in the record folder.
   std::set<std::string> recordFolder;
   /// What else lies there: folders, pipes, sockets, devices, links to nothing.
   std::set<std::string> strangers;
-  /// Why the folder cannot be listed, so that files may be missing above; empty when it can.
-  std::string fault;
+  /// Those of them that are folders.
+  std::set<std::string> innerFolders;
   /// Why the record folder cannot be listed, or is none; empty when it can, or when there is none.
   std::string recordFolderFault;
 
   std::string RecordFolderPath() const;
-  /// The records by name: their files' names without ".xml". Temporary files are none.
+  /// The records by name: their files' names without ".xml". Temporary files are none, and a file without a name.
   std::set<std::string> Records() const;
   /// From the name of a record, there or not, to the object file that it speaks of: the newest version.
   std::map<std::string, std::string> NewestObjectFiles(Naming naming) const;
@@ -46,6 +48,14 @@ struct CadFolder {
 
 /// What a place is called that was one thing at one look and another at the next.
 std::string ChangedMeanwhile();
+
+/// What the name of a record file ends with.
+inline constexpr std::string_view RecordSuffix = ".xml";
+
+/// The record files that lie in folders inside the record folder, where the module looks for none. complain is told of
+/// folders that cannot be listed.
+std::vector<std::string> MisplacedRecords(
+    const CadFolder& folder, const std::function<void(const std::string& path, const std::string& reason)>& complain);
 
 /// What is in one folder.
 CadFolder ListCadFolder(const std::string& path);

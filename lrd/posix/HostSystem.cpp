@@ -122,6 +122,19 @@ std::error_code WriteToDevice(const std::string& device, std::string_view text) 
   return error || isClosed ? error : SystemError();
 }
 
+std::string ReadLine() {
+  std::string line;
+  char next = 0;
+  while (!line.ends_with('\n')) {
+    if (!BecomesReady(STDIN_FILENO, POLLIN) || ::read(STDIN_FILENO, &next, 1) != 1) {
+      return "";
+    }
+    line += next;
+  }
+  line.pop_back();
+  return line;
+}
+
 std::error_code WouldRefuseFileIn(const std::string& folder) {
   const std::string place = folder.empty() ? "." : folder;
   return ::access(place.c_str(), W_OK | X_OK) == 0 ? std::error_code() : SystemError();
