@@ -106,7 +106,8 @@ class ZYM_EXPORT ZYMIXMLDOMDocumentBuilder : public ZYMBaseUnknown {
   virtual HRESULT CreateDocument(ZYMIDOMDocument_var& document) = 0;
   /// Reads the file at path. optionNames and optionValues are parallel; "ZYMDoValidation" = "false" is known, others
   /// are passed over. A file that is missing, unreadable or not well-formed, or that declares entities: E_FAIL,
-  /// document is as it was, and QELVARDOSSystemUtils::LastError tells file, line, column and reason.
+  /// document is as it was, and QELVARDOSSystemUtils::LastError tells file, line, column and reason. Memory that ran
+  /// out says nothing of the file: E_OUTOFMEMORY.
   virtual HRESULT Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
                         const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) = 0;
   /// Writes a document, or an element with all below it, as a whole file, an XML declaration first and nothing added.

@@ -128,6 +128,9 @@ HRESULT RecordFileReader::Take(const ZYMUnicodeString& path, std::string bytes, 
   try {
     ZYMIDOMDocument_var document;
     const HRESULT status = builder_->ParseContent(path, std::move(bytes), ParserOptions, ParserValues, document);
+    if (status == E_OUTOFMEMORY) {
+      throw std::bad_alloc();
+    }
     if (FAILED(status) || document.IsNull()) {
       return step.Return(Failed(status));
     }

@@ -67,10 +67,12 @@ HRESULT DocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string&
   auto storage = std::make_unique<DomStorage>();
   if (const std::optional<std::size_t> root = plain_.RootOf(bytes)) {
     if (!storage->LoadPlain(std::move(bytes), *root)) {
-      return Fail(path, ": out of memory");
+      Fail(path, ": out of memory");
+      return E_OUTOFMEMORY;
     }
   } else if (!expat_.Read(bytes, storage->Document())) {
-    return Fail(path, ':' + expat_.Reason());
+    const HRESULT status = Fail(path, ':' + expat_.Reason());
+    return expat_.RanOutOfMemory() ? E_OUTOFMEMORY : status;
   }
   document = DomDocument::Of(std::move(storage));
   return S_OK;

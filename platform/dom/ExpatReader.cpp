@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <random>
 #include <utility>
@@ -71,7 +72,7 @@ bool HoldsLetterOutsideNames(std::string_view text) {
 
 bool IsWellFormed(const std::string& utf8) {
   const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"), &XML_ParserFree);
-  return XML_Parse(parser.get(), utf8.data(), static_cast<int>(utf8.size()), 1) == XML_STATUS_OK;
+  return parser != nullptr && XML_Parse(parser.get(), utf8.data(), static_cast<int>(utf8.size()), 1) == XML_STATUS_OK;
 }
 
 struct Position {
@@ -110,6 +111,7 @@ std::optional<Position> UnpairedSurrogate(std::string_view bytes) {
 
 bool ExpatReader::Read(std::string_view bytes, pugi::xml_document& document) {
   reason_.clear();
+  ranOutOfMemory_ = false;
   if (const std::optional<Position> unpaired = UnpairedSurrogate(bytes)) {
     Explain(unpaired->line, unpaired->column, XML_ErrorString(XML_ERROR_INVALID_TOKEN));
     return false;
@@ -118,13 +120,18 @@ bool ExpatReader::Read(std::string_view bytes, pugi::xml_document& document) {
   if (Feed(bytes)) {
     return true;
   }
-  ExplainHere(XML_ErrorString(XML_GetErrorCode(parser_.get())));
+  const XML_Error error = XML_GetErrorCode(parser_.get());
+  ranOutOfMemory_ = ranOutOfMemory_ || error == XML_ERROR_NO_MEMORY;
+  ExplainHere(XML_ErrorString(error));
   return false;
 }
 
 void ExpatReader::Begin(std::string_view bytes, pugi::xml_document& document) {
   if (parser_ == nullptr) {
     parser_.reset(XML_ParserCreate(nullptr));
+    if (parser_ == nullptr) {
+      throw std::bad_alloc();
+    }
   } else {
     XML_ParserReset(parser_.get(), nullptr);
   }
@@ -189,6 +196,7 @@ std::size_t ExpatReader::Consumed() const {
 }
 
 void ExpatReader::Refuse(const char* reason) {
+  ranOutOfMemory_ = ranOutOfMemory_ || reason == OutOfMemory;
   ExplainHere(reason);
   XML_StopParser(parser_.get(), XML_FALSE);
 }

@@ -19,6 +19,8 @@ class ExpatReader {
   bool Read(std::string_view bytes, pugi::xml_document& document);
   /// "line:column: reason", both counted from 1.
   const std::string& Reason() const noexcept { return reason_; }
+  /// Whether memory that ran out is the reason, which says nothing of the text.
+  bool RanOutOfMemory() const noexcept { return ranOutOfMemory_; }
 
  private:
   struct FreeParser {
@@ -59,6 +61,7 @@ class ExpatReader {
   std::size_t stepsLeft_ = 0;
   std::size_t defaultedBytes_ = 0;
   std::string reason_;
+  bool ranOutOfMemory_ = false;
 };
 
 }  // namespace ZYMDom

@@ -309,6 +309,7 @@ TEST_F(RecordFileTest, memory_that_runs_out_for_one_record_costs_that_record) {
     many += "<rel id=''><phid/></rel>";
   }
   folder_.Put("many.xml", Object("P", many));
+  folder_.Put("many not plain.xml", Object("P", "<!---->" + many));
   folder_.Put("small.xml", Object("P"));
   const pid_t child = fork();
   if (child == 0) {
@@ -318,9 +319,12 @@ TEST_F(RecordFileTest, memory_that_runs_out_for_one_record_costs_that_record) {
     setrlimit(RLIMIT_AS, &limit);
     Record record;
     bool refused = true;
-    for (const char* name : {"large.xml", "many.xml"}) {
-      refused = refused && handler_->ReadLRDFile(folder_.At(name), record) == E_FAIL &&
-                QELVARDOSSystemUtils::LastError().starts_with(folder_.At(name) + ":");
+    for (const char* name : {"large.xml", "many.xml", "many not plain.xml"}) {
+      const ZYMUnicodeString path = folder_.At(name);
+      std::error_code error;
+      refused = refused && handler_->Reader().ReadIfPresent(path, record, error) == E_FAIL &&
+                RecordFileReader::LeavesOpen(error, path) && handler_->ReadLRDFile(path, record) == E_FAIL &&
+                QELVARDOSSystemUtils::LastError().starts_with(path.Str() + ":");
     }
     const bool read = handler_->ReadLRDFile(folder_.At("small.xml"), record) == S_OK && record;
     _exit(refused && read ? 0 : 1);
