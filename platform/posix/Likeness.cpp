@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +21,8 @@ constexpr const char* AccessList = "system.posix_acl_access";
 
 /// What of the old file's rights the new one has.
 struct Kept {
+  /// The new file's group, kept or not.
+  gid_t groupNow = 0;
   bool owner = true;
   bool group = true;
   bool accessList = true;
@@ -27,6 +30,7 @@ struct Kept {
 
 void KeepOwner(int file, const struct stat& old, Kept& kept) {
   struct stat now {};
+  kept.groupNow = old.st_gid;
   if (fstat(file, &now) == 0 && now.st_uid == old.st_uid && now.st_gid == old.st_gid) {
     return;
   }
@@ -35,15 +39,17 @@ void KeepOwner(int file, const struct stat& old, Kept& kept) {
     constexpr auto Same = static_cast<uid_t>(-1);
     kept.owner = now.st_uid == old.st_uid;
     kept.group = fchown(file, Same, old.st_gid) == 0;
+    kept.groupNow = kept.group ? old.st_gid : now.st_gid;
   }
 }
 
-bool IsInGroup(uid_t user, gid_t group) {
+/// None for a user whom the system does not know.
+std::optional<bool> IsInGroup(uid_t user, gid_t group) {
   std::array<char, 4096> room{};
   passwd entry{};
   passwd* found = nullptr;
   if (getpwuid_r(user, &entry, room.data(), room.size(), &found) != 0 || found == nullptr) {
-    return false;
+    return std::nullopt;
   }
   int count = 0;
   getgrouplist(found->pw_name, found->pw_gid, nullptr, &count);
@@ -53,59 +59,8 @@ bool IsInGroup(uid_t user, gid_t group) {
          std::find(groups.begin(), groups.end(), group) != groups.end();
 }
 
-bool OldOwnerCanRead(const struct stat& old, const Kept& kept) {
-  const bool couldRead = (old.st_mode & S_IRUSR) != 0;
-  return kept.owner || !couldRead || old.st_uid == 0 || (old.st_mode & S_IROTH) != 0 ||
-         (kept.group && (old.st_mode & S_IRGRP) != 0 && IsInGroup(old.st_uid, old.st_gid));
-}
-
-/// Whether a failure to set an attribute says that this process may not, or that there is no such thing here.
+/// Whether a failure with an attribute says that this process may not, or that there is no such thing here.
 bool MayNot(int reason) { return reason == EPERM || reason == EACCES || reason == ENOTSUP; }
-
-std::string ValueOf(const std::string& path, const char* name) {
-  std::string value;
-  ssize_t size = getxattr(path.c_str(), name, nullptr, 0);
-  if (size > 0) {
-    value.resize(static_cast<std::size_t>(size));
-    size = getxattr(path.c_str(), name, value.data(), value.size());
-  }
-  value.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-  return value;
-}
-
-/// The names, each ended by a zero byte.
-std::string AttributeNames(const std::string& path) {
-  std::string names;
-  ssize_t size = listxattr(path.c_str(), nullptr, 0);
-  if (size > 0) {
-    names.resize(static_cast<std::size_t>(size));
-    size = listxattr(path.c_str(), names.data(), names.size());
-  }
-  names.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-  return names;
-}
-
-std::error_code KeepAttributes(int file, const std::string& old, Kept& kept) {
-  bool hasAccessList = false;
-  const std::string names = AttributeNames(old);
-  for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
-    const char* const name = names.c_str() + at;
-    const bool isAccessList = std::string_view(name) == AccessList;
-    hasAccessList = hasAccessList || isAccessList;
-    const std::string value = ValueOf(old, name);
-    if (fsetxattr(file, name, value.data(), value.size(), 0) != 0) {
-      if (!MayNot(errno)) {
-        return SystemError();
-      }
-      kept.accessList = kept.accessList && !isAccessList;
-    }
-  }
-  // A folder may give each new file rights of its own, which the old file has not.
-  if (!hasAccessList && fremovexattr(file, AccessList) != 0 && errno != ENODATA && !MayNot(errno)) {
-    return SystemError();
-  }
-  return {};
-}
 
 /// The group's bits mean another group, or of a list of rights only what nobody exceeds: then all may do what all
 /// might.
@@ -118,6 +73,71 @@ mode_t ModeFor(const struct stat& old, const Kept& kept) {
   return mode;
 }
 
+/// Who is in the group has the group's rights, even where others have more. Of a user whom this system does not know,
+/// nothing is known of that either.
+bool OldOwnerCanRead(const struct stat& old, const Kept& kept, mode_t mode) {
+  if (kept.owner || old.st_uid == 0 || (old.st_mode & S_IRUSR) == 0) {
+    return true;
+  }
+  const std::optional<bool> isInGroup = IsInGroup(old.st_uid, kept.groupNow);
+  const bool groupCan = (mode & S_IRGRP) != 0;
+  const bool othersCan = (mode & S_IROTH) != 0;
+  return isInGroup ? (*isInGroup ? groupCan : othersCan) : groupCan && othersCan;
+}
+
+/// What read, called with the room for an answer, has to tell; an attribute that may not be read is empty and error
+/// says so.
+template <typename Read>
+std::string Answer(const Read& read, std::error_code& error) {
+  std::string answer;
+  ssize_t size = read(nullptr, 0);
+  if (size > 0) {
+    answer.resize(static_cast<std::size_t>(size));
+    size = read(answer.data(), answer.size());
+  }
+  error = ErrorUnless(size >= 0);
+  answer.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  return answer;
+}
+
+std::error_code KeepAttribute(int file, const std::string& old, const char* name, bool& isKept) {
+  std::error_code error;
+  const std::string value =
+      Answer([&](char* room, std::size_t size) { return getxattr(old.c_str(), name, room, size); }, error);
+  if (!error) {
+    error = ErrorUnless(fsetxattr(file, name, value.data(), value.size(), 0) == 0);
+  }
+  isKept = !error;
+  return MayNot(error.value()) ? std::error_code() : error;
+}
+
+std::error_code KeepAttributes(int file, const std::string& old, Kept& kept) {
+  std::error_code error;
+  // Each name is ended by a zero byte.
+  const std::string names =
+      Answer([&](char* room, std::size_t size) { return listxattr(old.c_str(), room, size); }, error);
+  if (error && error.value() != ENOTSUP) {
+    return error;
+  }
+  bool hasAccessList = false;
+  for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
+    const char* const name = names.c_str() + at;
+    bool isKept = false;
+    if ((error = KeepAttribute(file, old, name, isKept))) {
+      return error;
+    }
+    if (std::string_view(name) == AccessList) {
+      hasAccessList = true;
+      kept.accessList = isKept;
+    }
+  }
+  // A folder may give each new file rights of its own, which the old file has not.
+  if (!hasAccessList && fremovexattr(file, AccessList) != 0 && errno != ENODATA && !MayNot(errno)) {
+    return SystemError();
+  }
+  return {};
+}
+
 }  // namespace
 
 std::error_code MakeAlike(int file, const std::string& like, mode_t& mode) {
@@ -127,12 +147,12 @@ std::error_code MakeAlike(int file, const std::string& like, mode_t& mode) {
   }
   Kept kept;
   KeepOwner(file, old, kept);
-  if (!OldOwnerCanRead(old, kept)) {
-    return QELVARDOSFileError::OwnerWouldLoseAccess;
-  }
   if (const std::error_code error = KeepAttributes(file, like, kept)) {
     return error;
   }
   mode = ModeFor(old, kept);
+  if (!OldOwnerCanRead(old, kept, mode)) {
+    return QELVARDOSFileError::OwnerWouldLoseAccess;
+  }
   return ErrorUnless(fchmod(file, mode) == 0);
 }
