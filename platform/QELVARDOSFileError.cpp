@@ -14,7 +14,7 @@ class FileErrors final : public std::error_category {
       case QELVARDOSFileError::ForeignLink:
         return "Its folder is a link that somebody else made";
       case QELVARDOSFileError::MayBeLost:
-        return "Written, but a loss of power may undo it";
+        return "It is as it should be, but a loss of power may undo that";
       case QELVARDOSFileError::ChangedMeanwhile:
         return "Changed while it was looked at";
       case QELVARDOSFileError::LeavesFolder:

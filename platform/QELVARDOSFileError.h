@@ -11,7 +11,7 @@ enum class QELVARDOSFileError {
   OwnerWouldLoseAccess = 1,
   /// A folder is a link that belongs neither to the user nor to the owner of the folder that holds it.
   ForeignLink,
-  /// The file is replaced, but its folder could not be written out: a loss of power may bring the old one back.
+  /// The file is as it was to be, but its folder could not be written out: a loss of power may bring the old one back.
   MayBeLost,
   /// One look said this and the next that.
   ChangedMeanwhile,

@@ -93,8 +93,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   virtual std::error_code Remove(const std::string& path) = 0;
 
   /// Told once for every file that a QELVARDOSFileTransaction was to replace, when its fate is settled. error is set
-  /// for Failed alone; QELVARDOSSystemUtils::LastError() then tells path and reason. Written and AlreadyTheSame mean
-  /// that the file would survive a loss of power. Does nothing here.
+  /// for Failed alone; QELVARDOSSystemUtils::LastError() then tells path and reason. Written means that
+  /// the file would survive a loss of power; AlreadyTheSame the same of a file that was written so. Does nothing here.
   virtual void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error);
 
   /// The layer in use: the system's own unless a host has put another there.

@@ -79,37 +79,37 @@ QELVARDOSFileTransaction::~QELVARDOSFileTransaction() {
 }
 
 std::error_code QELVARDOSFileTransaction::Replace(const std::string& path, std::string_view bytes) {
-  std::string temporary;
-  const std::error_code error = Stage(path, bytes, temporary);
+  Staged file{path, {}, QELVARDOSReplacement::Written, {}};
+  const std::error_code error = Stage(path, bytes, file);
   if (error) {
     Tell(path, QELVARDOSReplacement::Failed, error, {});
   } else {
-    const auto outcome = temporary.empty() ? QELVARDOSReplacement::AlreadyTheSame : QELVARDOSReplacement::Written;
-    staged_.push_back({path, std::move(temporary), outcome, {}});
+    staged_.push_back(std::move(file));
   }
   return error;
 }
 
-/// temporary stays empty when the file holds the bytes already. Reading comes first: records that did not change are
-/// the common case, and it tells at once whether there is a file at all.
-std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::string_view bytes,
-                                                std::string& temporary) {
-  constexpr std::uint64_t Comparable = std::uint64_t{1} << 20U;
+/// Reading comes first: records that did not change are the common case, and it tells at once whether there is a file
+/// at all.
+std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::string_view bytes, Staged& file) {
+  constexpr std::uint64_t Comparable = std::uint64_t{64} << 20U;
   const std::error_code unread = layer_.Read(path, present_, std::max<std::uint64_t>(bytes.size(), Comparable));
   if (!unread && present_ == bytes) {
+    file.outcome = QELVARDOSReplacement::AlreadyTheSame;
     return {};
   }
   if (unread) {
     present_.clear();
   }
-  if (path.empty() || (unread && QELVARDOSFileLayer::MeansMissing(unread, path))) {
-    return WriteTemporary(path, bytes, {}, temporary);
+  file.isNew = path.empty() || (unread && QELVARDOSFileLayer::MeansMissing(unread, path));
+  if (file.isNew) {
+    return WriteTemporary(path, bytes, {}, file.temporary);
   }
   // What could be read is a file.
   if (const std::error_code refusal = unread ? Refusal(layer_.Stat(path)) : std::error_code()) {
     return refusal;
   }
-  return WriteTemporary(path, bytes, path, temporary);
+  return WriteTemporary(path, bytes, path, file.temporary);
 }
 
 std::error_code QELVARDOSFileTransaction::WriteTemporary(const std::string& path, std::string_view bytes,
@@ -131,7 +131,7 @@ std::error_code QELVARDOSFileTransaction::WriteTemporary(const std::string& path
 
 /// A claim may cost an open file, so only so many folders are claimed at a time.
 std::error_code QELVARDOSFileTransaction::Enter(std::string_view folder, bool& claimed) {
-  constexpr std::size_t MostClaims = 128;
+  constexpr std::size_t MostClaims = 400;
   auto place = claims_.find(folder);
   if (place == claims_.end()) {
     QELVARDOSFolderClaim claim;
@@ -178,7 +178,9 @@ std::vector<QELVARDOSFileTransaction::Failure> QELVARDOSFileTransaction::Commit(
     if (file.error) {
       failures.push_back({file.path, file.error});
     }
-    Tell(file.path, file.outcome, file.error, {});
+    const std::error_code* const unflushed = file.error == QELVARDOSFileError::MayBeLost ? UnflushedFor(file) : nullptr;
+    Tell(file.path, file.outcome, file.error,
+         unflushed == nullptr ? std::string() : file.error.message() + ": " + unflushed->message());
   }
   return failures;
 }
@@ -232,32 +234,56 @@ void QELVARDOSFileTransaction::RenameAll() {
   }
 }
 
-/// Also where every file was as it should be: a process that ended before it came to this may have left it so.
 void QELVARDOSFileTransaction::MakeFoldersDurable() {
-  std::map<std::string, std::vector<Staged*>, std::less<>> filesByFolder;
+  FlushFoldersOf(staged_);
   for (Staged& file : staged_) {
-    if (!file.error || file.error == QELVARDOSFileError::MayBeLost) {
-      const std::string_view folder = FolderOf(file.path);
-      auto place = filesByFolder.find(folder);
-      place = place == filesByFolder.end() ? filesByFolder.try_emplace(std::string(folder)).first : place;
-      place->second.push_back(&file);
+    if (file.error && file.error != QELVARDOSFileError::MayBeLost) {
+      continue;
+    }
+    if (UnflushedFor(file) != nullptr) {
+      Fail(file, QELVARDOSFileError::MayBeLost);
+    } else if (file.error) {
+      file.outcome = QELVARDOSReplacement::Written;
+      file.error.clear();
     }
   }
-  std::vector<std::string> folders(filesByFolder.size());
-  std::transform(filesByFolder.begin(), filesByFolder.end(), folders.begin(),
-                 [](const auto& entry) { return entry.first; });
-  const std::vector<std::error_code> errors =
-      folders.empty() ? std::vector<std::error_code>() : layer_.MakeFoldersDurable(folders);
-  for (std::size_t at = 0; at < errors.size(); ++at) {
-    for (Staged* file : filesByFolder[folders[at]]) {
-      if (errors[at]) {
-        Fail(*file, QELVARDOSFileError::MayBeLost);
-      } else if (file->error) {
-        file->outcome = QELVARDOSReplacement::Written;
-        file->error.clear();
+}
+
+/// Also where every file was as it should be: a process that ended before it came to this may have left it so. The same
+/// holds for a folder that a file is new in, as whoever made it may have ended before its own folder was flushed.
+void QELVARDOSFileTransaction::FlushFoldersOf(const std::vector<Staged>& files) {
+  flushed_.clear();
+  const auto add = [this](std::string_view folder) {
+    if (flushed_.find(folder) == flushed_.end()) {
+      flushed_.emplace(folder, std::error_code());
+    }
+  };
+  for (const Staged& file : files) {
+    if (!file.error || file.error == QELVARDOSFileError::MayBeLost) {
+      add(FolderOf(file.path));
+      if (file.isNew && !FolderOf(file.path).empty()) {
+        add(FolderOf(FolderOf(file.path)));
       }
     }
   }
+  std::vector<std::string> folders(flushed_.size());
+  std::transform(flushed_.begin(), flushed_.end(), folders.begin(), [](const auto& entry) { return entry.first; });
+  const std::vector<std::error_code> errors =
+      folders.empty() ? std::vector<std::error_code>() : layer_.MakeFoldersDurable(folders);
+  for (std::size_t at = 0; at < errors.size(); ++at) {
+    flushed_[folders[at]] = errors[at];
+  }
+}
+
+/// Null when the folders of the file are durable.
+const std::error_code* QELVARDOSFileTransaction::UnflushedFor(const Staged& file) const {
+  const std::string_view own = FolderOf(file.path);
+  for (const std::string_view folder : {own, file.isNew ? FolderOf(own) : own}) {
+    if (const auto place = flushed_.find(folder); place != flushed_.end() && place->second) {
+      return &place->second;
+    }
+  }
+  return nullptr;
 }
 
 void QELVARDOSFileTransaction::RemoveLeftOvers() {

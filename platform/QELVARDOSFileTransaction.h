@@ -35,7 +35,8 @@
 ///
 /// While a transaction writes in a folder it holds a claim on it. Temporary files that nobody's claim covers any more
 /// were left by a process that ended; they go with a later commit into the folder, as a rule the next. In a folder that
-/// cannot be claimed nothing proves that a file was left over, so there none goes by itself.
+/// cannot be claimed, or is one too many of a commit into hundreds, nothing proves that a file was left over, so there
+/// none goes by itself.
 ///
 /// While it is open, files are looked up as under QELVARDOSFileLookups: a folder that another process swaps for one of
 /// the same name may not be noticed.
@@ -74,10 +75,11 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
     std::string temporary;
     QELVARDOSReplacement outcome;
     std::error_code error;
+    bool isNew = false;
   };
   using Claims = std::map<std::string, QELVARDOSFolderClaim, std::less<>>;
 
-  std::error_code Stage(const std::string& path, std::string_view bytes, std::string& temporary);
+  std::error_code Stage(const std::string& path, std::string_view bytes, Staged& file);
   std::error_code WriteTemporary(const std::string& path, std::string_view bytes, const std::string& like,
                                  std::string& temporary);
   std::error_code Enter(std::string_view folder, bool& claimed);
@@ -86,6 +88,8 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   void MakeContentDurable();
   void RenameAll();
   void MakeFoldersDurable();
+  void FlushFoldersOf(const std::vector<Staged>& files);
+  const std::error_code* UnflushedFor(const Staged& file) const;
   void RemoveLeftOvers();
   void RemoveLeftOversIn(const std::string& folder);
   bool ListingPays(const std::string& folder);
@@ -100,6 +104,8 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   std::vector<Staged> staged_;
   /// The folders that files are written in, with an empty claim where none was to be had.
   Claims claims_;
+  /// The folders of the last commit, and why one of them could not be made durable.
+  std::map<std::string, std::error_code, std::less<>> flushed_;
   std::string present_;
   /// What tells the names of this transaction from all others, drawn with the first one, and of each other.
   std::string nameStart_;

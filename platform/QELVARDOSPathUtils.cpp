@@ -74,17 +74,19 @@ bool QELVARDOSPathUtils::IsDir(const QELVARDOSPath& path) {
 HRESULT QELVARDOSPathUtils::MakeDirs(const QELVARDOSPath& path) {
   std::vector<QELVARDOSPath> made;
   const HRESULT status = MakeDirs(path, made);
-  const HRESULT kept = KeepDirs(made);
-  return FAILED(status) ? status : kept;
+  const bool isKept = KeepDirs(made).empty();
+  return FAILED(status) || isKept ? status : E_FAIL;
 }
 
 HRESULT QELVARDOSPathUtils::MakeDirs(const QELVARDOSPath& path, std::vector<QELVARDOSPath>& made) {
   return Status(path, MakeWithParents(path, made));
 }
 
-HRESULT QELVARDOSPathUtils::KeepDirs(const std::vector<QELVARDOSPath>& made) {
+std::vector<std::pair<QELVARDOSPath, std::error_code>> QELVARDOSPathUtils::KeepDirs(
+    const std::vector<QELVARDOSPath>& made) {
+  std::vector<std::pair<QELVARDOSPath, std::error_code>> undone;
   if (made.empty()) {
-    return S_OK;
+    return undone;
   }
   const std::vector<std::string> parents = ParentsOf(made);
   QELVARDOSFileLayer& layer = QELVARDOSFileLayer::Current();
@@ -96,19 +98,17 @@ HRESULT QELVARDOSPathUtils::KeepDirs(const std::vector<QELVARDOSPath>& made) {
       lost.emplace(parents[at], errors[at]);
     }
   }
-  std::vector<QELVARDOSPath> undone;
-  HRESULT status = S_OK;
   for (const QELVARDOSPath& folder : made) {
     if (const auto place = lost.find(ParentOf(folder)); place != lost.end()) {
-      undone.push_back(folder);
-      status = Status(folder, place->second);
-      lost.emplace(folder.ToString().Str(), place->second);
+      const std::error_code error = place->second;
+      Status(folder, error);
+      undone.emplace_back(folder, error);
+      lost.emplace(folder.ToString().Str(), error);
     }
   }
-  for (; !undone.empty(); undone.pop_back()) {
-    layer.Remove(undone.back().ToString().Str());
-  }
-  return status;
+  std::for_each(undone.rbegin(), undone.rend(),
+                [&layer](const auto& folder) { layer.Remove(folder.first.ToString().Str()); });
+  return undone;
 }
 
 HRESULT QELVARDOSPathUtils::HideFolder(const QELVARDOSPath& path) {

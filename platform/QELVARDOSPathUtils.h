@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "platform/HRESULT.h"
@@ -16,9 +18,9 @@ class ZYM_EXPORT QELVARDOSPathUtils {
   /// success; a file in the way: E_FAIL.
   static HRESULT MakeDirs(const QELVARDOSPath& path);
   /// The same in two steps, for many folders: made receives every folder that was made, parents first, and KeepDirs
-  /// makes them durable. One that cannot be made durable is taken away again, if it is still empty: E_FAIL.
+  /// makes them durable. It answers those that cannot be, and takes them away again if they are still empty.
   static HRESULT MakeDirs(const QELVARDOSPath& path, std::vector<QELVARDOSPath>& made);
-  static HRESULT KeepDirs(const std::vector<QELVARDOSPath>& made);
+  static std::vector<std::pair<QELVARDOSPath, std::error_code>> KeepDirs(const std::vector<QELVARDOSPath>& made);
   static HRESULT HideFolder(const QELVARDOSPath& path);
   /// Whole seconds since 1970-01-01 UTC, rounded down; 0 for what does not exist.
   static std::int64_t GetModificationTime(const QELVARDOSPath& path);

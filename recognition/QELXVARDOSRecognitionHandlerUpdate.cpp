@@ -162,6 +162,7 @@ HRESULT QELXVARDOSRecognitionHandler::CreateOrUpdateLRD(const QELXIVARDOSLRDObje
   const Step step(Trace, "QELXVARDOSRecognitionHandler::CreateOrUpdateLRD");
   const auto files = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>();
   files->SetObserver(observer_);
+  files->SetLimitsOf(config_);
   return step.Return(files->WriteToFile(records));
 }
 

@@ -46,6 +46,7 @@ bool IsSelected(const Record& record) { return record->GetSelectedFlag().Matches
 QELXVARDOSLRDXMLHandler::QELXVARDOSLRDXMLHandler() { CreateBuilder(44); }
 
 QELXVARDOSLRDXMLHandler::QELXVARDOSLRDXMLHandler(const QELIVARDOSGlobalConfigObject_var& config) : config_(config) {
+  SetLimitsOf(config);
   CreateBuilder(52);
 }
 
@@ -67,10 +68,12 @@ HRESULT QELXVARDOSLRDXMLHandler::ReadLRDFile(const ZYMUnicodeString& path, QELXI
   return Reader().Read(path, record);
 }
 
-RecordFileReader QELXVARDOSLRDXMLHandler::Reader() const { return {builder_, LargestRecordFile(), observer_}; }
+RecordFileReader QELXVARDOSLRDXMLHandler::Reader() const { return {builder_, largestRecordFile_, observer_}; }
 
-std::uint64_t QELXVARDOSLRDXMLHandler::LargestRecordFile() const {
-  return config_.IsNull() ? QELIVARDOSGlobalConfigObject::UsualLargestRecordFile : config_->GetLargestRecordFile();
+void QELXVARDOSLRDXMLHandler::SetLimitsOf(const QELIVARDOSGlobalConfigObject_var& config) {
+  if (config) {
+    largestRecordFile_ = config->GetLargestRecordFile();
+  }
 }
 
 HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records) {
@@ -80,7 +83,7 @@ HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList&
 HRESULT QELXVARDOSLRDXMLHandler::WriteToFile(const QELXIVARDOSLRDObject_varList& records,
                                              const RefusedFolders& refused) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::WriteToFile");
-  const HRESULT status = RecordFileWriter(builder_, LargestRecordFile(), observer_, refused).Write(records);
+  const HRESULT status = RecordFileWriter(builder_, largestRecordFile_, observer_, refused).Write(records);
   // The files that were given up have told their own last error.
   return step.Return(status == E_ABORT ? HostLeave::Ended() : status);
 }
@@ -120,13 +123,10 @@ QELXVARDOSLRDXMLHandler::Folders QELXVARDOSLRDXMLHandler::MakeFolders(const QELX
     folders.refused.erase(folder.Str());
     present = folder;
   }
-  if (const HRESULT kept = QELVARDOSPathUtils::KeepDirs(folders.made); FAILED(kept)) {
-    folders.status = kept;
-    for (const QELVARDOSPath& folder : folders.made) {
-      if (!QELVARDOSPathUtils::IsDir(folder)) {
-        folders.refused.insert_or_assign(folder.ToString().Str(), ReasonAgainst(folder.ToString()));
-      }
-    }
+  for (const auto& [folder, error] : QELVARDOSPathUtils::KeepDirs(folders.made)) {
+    // As for folders that could not be made, the last one's fate is the status.
+    folders.status = folder == folders.made.back() ? E_FAIL : folders.status;
+    folders.refused.insert_or_assign(folder.ToString().Str(), error.message());
   }
   step.Return(folders.status);
   return folders;

@@ -31,6 +31,8 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   HRESULT GetLRDObjects(const ZYMIDOMNode_var& root, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) override;
   void SetObserver(QELXIVARDOSObserver* observer) override { observer_ = observer; }
 
+  /// Keeps to the limits of a configuration, null for the usual ones, without using it for anything else.
+  void SetLimitsOf(const QELIVARDOSGlobalConfigObject_var& config);
   /// Reads record files as this handler does.
   RecordFileReader Reader() const;
   /// Writes each record to its file, whose folder must exist. Every file is replaced in whole or stays; all that are
@@ -98,7 +100,6 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   HRESULT WriteToFile(const QELXIVARDOSLRDObject_varList& records, const RefusedFolders& refused);
 
   void CreateBuilder(int line);
-  std::uint64_t LargestRecordFile() const;
   HRESULT Link(const ZYMIDOMElement_var& object, const ZYMIDOMNode_var& parent, const ZYMIDOMElement_var& relationship,
                const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records,
                const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships, CompositionMembers& members);
@@ -106,4 +107,5 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
   QELIVARDOSGlobalConfigObject_var config_;
   ZYMIXMLDOMDocumentBuilder_var builder_;
   QELXIVARDOSObserver* observer_ = nullptr;
+  std::uint64_t largestRecordFile_ = QELIVARDOSGlobalConfigObject::UsualLargestRecordFile;
 };

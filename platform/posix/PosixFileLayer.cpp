@@ -155,7 +155,7 @@ bool IsForeignLink(const std::string& path) {
 std::error_code Lock(int folder, QELVARDOSFolderUse use) {
   const bool alone = use == QELVARDOSFolderUse::Clean;
   const int kind = alone ? LOCK_EX : LOCK_SH;
-  for (int tries = alone ? 1 : 100; tries > 0; --tries) {
+  for (int tries = alone ? 1 : 10; tries > 0; --tries) {
     if (Uninterrupted([&] { return flock(folder, kind | LOCK_NB); }) == 0) {
       return {};
     }

@@ -442,8 +442,9 @@ TEST_F(FileTest, folders_are_flushed_once_after_the_renames_and_new_folders_in_t
     EXPECT_FALSE(transaction.Replace(At(name), "same"));
   }
   EXPECT_TRUE(transaction.Commit().empty());
-  EXPECT_EQ(layer.flushedFolders, (std::vector{At("a"), At("a/b"), At("c")}))
-      << "a process that ended after its rename may have left the folder of an equal file unflushed";
+  EXPECT_EQ(layer.flushedFolders, (std::vector{root_, At("a"), At("a/b"), At("c")}))
+      << "a process that ended after its rename may have left the folder of an equal file unflushed, and one that made "
+         "a folder the folder above it";
 
   layer.folderFails = "/b";
   layer.fates.clear();
@@ -453,7 +454,8 @@ TEST_F(FileTest, folders_are_flushed_once_after_the_renames_and_new_folders_in_t
   ASSERT_EQ(failures.size(), 1U);
   EXPECT_EQ(failures[0].path, At("a/b/1"));
   EXPECT_EQ(failures[0].error, QELVARDOSFileError::MayBeLost);
-  EXPECT_EQ(QELVARDOSSystemUtils::LastError(), At("a/b/1") + ": Written, but a loss of power may undo it");
+  EXPECT_EQ(QELVARDOSSystemUtils::LastError(),
+            At("a/b/1") + ": It is as it should be, but a loss of power may undo that: Input/output error");
   std::string bytes;
   EXPECT_FALSE(layer.Read(At("a/b/1"), bytes, QELVARDOSFileLayer::AnySize));
   EXPECT_EQ(bytes, "new") << "the new content stands";
@@ -531,6 +533,9 @@ TEST_F(FileTest, who_may_not_set_owners_locks_nobody_out_and_opens_nothing) {
                                    {"of a group that is not ours", 1234, 1234, 0664, true, 0644},
                                    {"private", 1234, 1234, 0600, false, 0600},
                                    {"of others than the owner's group", 1234, 1234, 0640, false, 0640},
+                                   {"closed to the group that its owner is in", 1, 60, 0604, false, 0604},
+                                   {"closed to a group that its owner is not in", 2, 2, 0604, true, 0604},
+                                   {"closed to a group, of a user whom nobody knows", 1234, 1, 0604, false, 0604},
                                    {"closed to its owner too", 1234, 1234, 0000, true, 0000},
                                    {"the superuser's", 0, 0, 0600, true, 0600},
                                    {"own", Nobody, Nobody, 0600, true, 0600}};
@@ -540,7 +545,7 @@ TEST_F(FileTest, who_may_not_set_owners_locks_nobody_out_and_opens_nothing) {
     ASSERT_EQ(chmod(At(file.name).c_str(), file.mode), 0);
   }
   const int status = InChild([&] {
-    if (setgroups(0, nullptr) != 0 || setgid(Nobody) != 0 || setuid(Nobody) != 0) {
+    if (setgroups(0, nullptr) != 0 || setgid(1) != 0 || setuid(Nobody) != 0) {
       return 1;
     }
     for (const Case& file : cases) {
