@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "lrd/HostSystem.h"
+#include "platform/QELVARDOSFileError.h"
 
 namespace lrd {
 
@@ -95,9 +96,11 @@ std::error_code DryRunLayer::HideFolder(const std::string& path) {
   return Stat(path).Exists() ? std::error_code() : Refusal(std::errc::no_such_file_or_directory);
 }
 
-/// Nothing is left in the folder that could be removed.
-std::error_code DryRunLayer::ClaimFolder(const std::string&, QELVARDOSFolderUse, QELVARDOSFolderClaim&) {
-  return Refusal(std::errc::not_supported);
+/// Nothing is left in the folder that could be removed, so a claim is good for nothing but its refusal.
+std::error_code DryRunLayer::ClaimFolder(const std::string& folder, QELVARDOSFolderUse use, QELVARDOSFolderClaim&) {
+  QELVARDOSFolderClaim claim;
+  const std::error_code error = Next().ClaimFolder(folder, use, claim);
+  return error == QELVARDOSFileError::ForeignLink ? error : Refusal(std::errc::not_supported);
 }
 
 std::error_code DryRunLayer::WriteNew(const std::string& path, std::string_view bytes, const std::string&) {

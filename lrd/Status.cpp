@@ -50,6 +50,7 @@ enum class Why {
   NoTime,
   NoRecord,
   StrangeRecord,
+  NoKnownRecord,
   Damaged,
   Unseen,
   FileGone
@@ -63,6 +64,7 @@ const char* InWords(Why why) {
                                          "record has a stamp that is no time",
                                          "no record",
                                          "record file without a record of a known version",
+                                         "no record, or none of a known version",
                                          "record damaged",
                                          "could not be looked at",
                                          "object file gone"};
@@ -98,7 +100,7 @@ Why WhyDecided(const CadObject& object, const Explained& stamps) {
     case Verdict::Modified:
       return WhyModified(object, stamps);
     case Verdict::Unknown:
-      return object.hasRecord ? Why::StrangeRecord : Why::NoRecord;
+      return object.isListed ? object.hasRecord ? Why::StrangeRecord : Why::NoRecord : Why::NoKnownRecord;
     case Verdict::Damaged:
       return object.isUnseen ? Why::Unseen : Why::Damaged;
     case Verdict::FileGone:
@@ -236,13 +238,21 @@ void TakeFolder(const CadFolder& folder, Naming naming, Found& found) {
   for (const auto& [record, file] : folder.NewestObjectFiles(naming)) {
     const bool hasRecord = records.erase(record) > 0;
     if (hasRecord || !file.starts_with('.')) {
-      found.objects.push_back(
-          {Join(folder.path, file), folder.path, file, record, hasRecord, Verdict::Unknown, {}, false, {}});
+      found.objects.push_back({Join(folder.path, file),
+                               folder.path,
+                               file,
+                               record,
+                               hasRecord,
+                               folder.recordFolderFault.empty(),
+                               Verdict::Unknown,
+                               {},
+                               false,
+                               {}});
     }
   }
   for (const std::string& record : records) {
     found.orphans.push_back(
-        {Join(folder.path, record), folder.path, record, record, true, Verdict::FileGone, {}, false, {}});
+        {Join(folder.path, record), folder.path, record, record, true, true, Verdict::FileGone, {}, false, {}});
   }
 }
 
@@ -257,6 +267,11 @@ Found FindObjects(const Options& options, Naming naming, Progress& progress) {
       options.folders,
       [&](const CadFolder& folder) {
         TakeFolder(folder, naming, found);
+        for (const std::string& name : folder.strangers) {
+          if (name.ends_with(RecordSuffix)) {
+            complain(Join(folder.RecordFolderPath(), name), "is no regular file");
+          }
+        }
         if (!folder.recordFolderFault.empty()) {
           complain(folder.RecordFolderPath(), folder.recordFolderFault);
         }

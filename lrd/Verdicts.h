@@ -21,6 +21,8 @@ struct CadObject {
   /// The record's name; its file need not be there.
   std::string record;
   bool hasRecord = false;
+  /// Whether the folder of the records could be listed, so that hasRecord says something.
+  bool isListed = true;
 
   Verdict verdict = Verdict::Unknown;
   /// The stamp that the module found in the record; empty without one.
