@@ -55,10 +55,11 @@ class HostLeaveTest : public ModuleTest {
  protected:
   /// A tree with the objects a, b and c, as a request or as the answer to a check-out.
   ZYMIDOMElement_var Objects(const std::string& before, const std::string& behind) const {
+    const std::string common = "dirname='" + folder_.At("work") + "' type='part' selected='true'";
     std::string text = before + "<cadobjectlist>\n";
-    for (const std::string name : {"a", "b", "c"}) {
-      text += "<cadobject cadid='" + name + "' filename='" + name + ".prt' dirname='" + folder_.At("work") +
-              "' type='part' selected='true'/>\n";
+    for (const char* names :
+         {"cadid='a' filename='a.prt' ", "cadid='b' filename='b.prt' ", "cadid='c' filename='c.prt' "}) {
+      text += Element("cadobject", names + common) + "\n";
     }
     return Tree(text + "</cadobjectlist>" + behind);
   }
