@@ -235,7 +235,7 @@ void QELVARDOSFileTransaction::RenameAll() {
 }
 
 void QELVARDOSFileTransaction::MakeFoldersDurable() {
-  FlushFoldersOf(staged_);
+  FlushFolders();
   for (Staged& file : staged_) {
     if (file.error && file.error != QELVARDOSFileError::MayBeLost) {
       continue;
@@ -251,14 +251,14 @@ void QELVARDOSFileTransaction::MakeFoldersDurable() {
 
 /// Also where every file was as it should be: a process that ended before it came to this may have left it so. The same
 /// holds for a folder that a file is new in, as whoever made it may have ended before its own folder was flushed.
-void QELVARDOSFileTransaction::FlushFoldersOf(const std::vector<Staged>& files) {
+void QELVARDOSFileTransaction::FlushFolders() {
   flushed_.clear();
   const auto add = [this](std::string_view folder) {
     if (flushed_.find(folder) == flushed_.end()) {
       flushed_.emplace(folder, std::error_code());
     }
   };
-  for (const Staged& file : files) {
+  for (const Staged& file : staged_) {
     if (!file.error || file.error == QELVARDOSFileError::MayBeLost) {
       add(FolderOf(file.path));
       if (file.isNew && !FolderOf(file.path).empty()) {

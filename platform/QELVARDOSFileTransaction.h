@@ -88,7 +88,7 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   void MakeContentDurable();
   void RenameAll();
   void MakeFoldersDurable();
-  void FlushFoldersOf(const std::vector<Staged>& files);
+  void FlushFolders();
   const std::error_code* UnflushedFor(const Staged& file) const;
   void RemoveLeftOvers();
   void RemoveLeftOversIn(const std::string& folder);

@@ -65,7 +65,7 @@ class FileTest : public testing::Test {
   std::string root_;
 };
 
-/// Notes what becomes of each file and can refuse one operation for one name, or stop for good in the middle.
+/// Notes what becomes of each file and can refuse one operation for one name, or raise there.
 class WatchingLayer : public QELVARDOSFileLayerFilter {
  public:
   WatchingLayer() : QELVARDOSFileLayerFilter(System()) { Use(this); }
