@@ -1,5 +1,6 @@
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
+#include <ranges>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -439,8 +440,8 @@ HRESULT QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
   const HRESULT status = WriteToFile(selected, folders.refused);
   if (status == E_ABORT) {
     // Only one that is empty can be removed, so what somebody else put there meanwhile stays.
-    for (auto folder = folders.made.rbegin(); folder != folders.made.rend(); ++folder) {
-      QELVARDOSFileLayer::Current().Remove(folder->ToString().Str());
+    for (const QELVARDOSPath& folder : std::views::reverse(folders.made)) {
+      QELVARDOSFileLayer::Current().Remove(folder.ToString().Str());
     }
   }
   return status;
