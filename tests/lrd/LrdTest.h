@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -41,6 +42,8 @@ class LrdTest : public testing::Test {
     root_ = mkdtemp(name.data());
     std::filesystem::create_directory(root_ / "case");
     std::filesystem::current_path(root_ / "case");
+    // Whoever runs the tests in the background may have it ignored, and programs inherit that.
+    std::signal(SIGINT, SIG_DFL);
     Put("config.xml", R"(<configuration cad="CREO" identifier="filename"/>)");
   }
   ~LrdTest() override {
