@@ -1,6 +1,5 @@
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
-#include <ranges>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -436,12 +435,12 @@ HRESULT QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
       selected.Append(record);
     }
   }
-  const Folders folders = MakeFolders(selected);
+  Folders folders = MakeFolders(selected);
   const HRESULT status = WriteToFile(selected, folders.refused);
   if (status == E_ABORT) {
     // Only one that is empty can be removed, so what somebody else put there meanwhile stays.
-    for (const QELVARDOSPath& folder : std::views::reverse(folders.made)) {
-      QELVARDOSFileLayer::Current().Remove(folder.ToString().Str());
+    for (; !folders.made.empty(); folders.made.pop_back()) {
+      QELVARDOSFileLayer::Current().Remove(folders.made.back().ToString().Str());
     }
   }
   return status;
