@@ -6,7 +6,7 @@
 
 #include "platform/QELVARDOSFileLayer.h"
 
-/// Lets looks at some paths end with an error, as a folder without rights or a failing disk would.
+/// Lets what is done with some paths end with an error, as a folder without rights or a failing disk would.
 class FaultyLayer : public QELVARDOSFileLayerFilter {
  public:
   FaultyLayer() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
@@ -25,6 +25,10 @@ class FaultyLayer : public QELVARDOSFileLayerFilter {
     }
     return Next().Read(path, bytes, atMost);
   }
+  std::error_code Rename(const std::string& from, const std::string& to) override {
+    const auto fault = unreplaced.find(to);
+    return fault == unreplaced.end() ? Next().Rename(from, to) : Error(fault->second);
+  }
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {
     outcomes[path] = outcome;
     Next().Replaced(path, outcome, error);
@@ -34,6 +38,8 @@ class FaultyLayer : public QELVARDOSFileLayerFilter {
   std::map<std::string, std::errc> unseen;
   /// What only reading ends with.
   std::map<std::string, std::errc> unread;
+  /// What taking the place of a file ends with.
+  std::map<std::string, std::errc> unreplaced;
   std::map<std::string, QELVARDOSReplacement> outcomes;
 
  private:

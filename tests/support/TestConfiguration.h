@@ -20,11 +20,14 @@ class TestConfiguration : public QELIVARDOSGlobalConfigObject {
   }
 
   std::string cadName = "CREO";
-  std::map<std::string, std::string> identifiers = {{"part", "filename"}, {"instance", "name"}, {"bare", "name"}};
+  std::map<std::string, std::string> identifiers = {
+      {"part", "filename"}, {"instance", "name"}, {"bare", "name"}, {"embedded", "name"}};
   /// Of types and of relationship types.
   std::set<std::pair<std::string, std::string>> classes = {{"bare", "TYPE_OBJECT_WITHOUT_FILE"},
                                                            {"preview", "TYPE_VISUALIZATION_LIKE"},
-                                                           {"shows", "REL_VISUALIZATION_LIKE"}};
+                                                           {"shows", "REL_VISUALIZATION_LIKE"},
+                                                           {"instance", "TYPE_FAMILY_ITEM_LIKE"},
+                                                           {"embedded", "TYPE_EMBEDDED_COMPONENT_LIKE"}};
 };
 
 using TestConfiguration_var = ZYMHandle<TestConfiguration>;
