@@ -79,8 +79,10 @@ TEST_F(LookupTest, a_record_file_is_found_in_the_composition_or_at_the_first_par
     const ZYMIDOMElement_var child = Tree(Element("o", attributes));
     const auto name = [&](const ZYMUnicodeStringZYMUnicodeStringDico& paths) {
       const std::string file = paths["objectfile"].Str();
+      std::string found = file.empty() ? "" : file.substr(folder.Root().size() + 1);
       EXPECT_EQ(paths.Size(), file.empty() ? 0 : 2);
-      return file.empty() ? "" : file.substr(folder.Root().size() + 1);
+      EXPECT_EQ(paths["lrdfile"], file.empty() ? "" : folder.At(".KORVANTHEMIX/" + found + ".xml"));
+      return found;
     };
     ZYMUnicodeStringZYMUnicodeStringDico composition;
     EXPECT_EQ(handler_->GetObjectFileLRDFileFromComposition(child, nodes, composition), S_OK);

@@ -20,20 +20,11 @@ using CacheInformation = ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDic
 
 class WriteBackTest : public ModuleTest {
  protected:
-  /// Records whose key is both their CAD id and their physical id.
-  static RecordMap Map(const std::string& keys) {
-    RecordMap map;
-    for (const char key : keys) {
-      map.Insert(std::string(1, key), Keyed(std::string(1, key)));
-    }
-    return map;
-  }
-  static Record Keyed(const std::string& id) {
-    return FullV4("<o cadid='" + id + "' phid='" + id + "' hashcode='H" + id + "' mxtype='T" + id + "' filename='" +
-                  id + ".prt.2' dirname='/old'/>");
-  }
+  /// Records with these CAD ids; the physical id of a is "PHa", so that each key is found in its own map alone.
+  static RecordMap ByCadId(const std::string& ids) { return Map(ids, ""); }
+  static RecordMap ByPhid(const std::string& ids) { return Map(ids, "PH"); }
   std::string Object(const std::string& id, const std::string& attributes = "") const {
-    return "<cadobject cadid='" + id + "' phid='" + id + "' dirname='" + folder_.Root() + "' " + attributes + "/>";
+    return "<cadobject cadid='" + id + "' phid='PH" + id + "' dirname='" + folder_.Root() + "' " + attributes + "/>";
   }
   static ZYMIDOMElement_var InRoot(const std::string& objects) {
     return Tree("<command cname='checkinEx'><cadobjectlist>text" + objects + "</cadobjectlist></command>");
@@ -41,9 +32,21 @@ class WriteBackTest : public ModuleTest {
   static ZYMIDOMElement_var InInfo(const std::string& objects) {
     return Tree(
         "<command cname='checkinEx'><cadobjectlist><cadobject cadid='root' "
-        "phid='a'/></cadobjectlist><info><cadobjectlist>"
+        "phid='PHa'/></cadobjectlist><info><cadobjectlist>"
         "text" +
         objects + "</cadobjectlist></info></command>");
+  }
+
+  static RecordMap Map(const std::string& ids, const std::string& beforeKeys) {
+    RecordMap map;
+    for (const char id : ids) {
+      map.Insert(beforeKeys + id, WithId(std::string(1, id)));
+    }
+    return map;
+  }
+  static Record WithId(const std::string& id) {
+    return FullV4("<o cadid='" + id + "' phid='PH" + id + "' hashcode='H" + id + "' mxtype='T" + id + "' filename='" +
+                  id + ".prt.2' dirname='/old'/>");
   }
 
   ScratchFolder folder_;
@@ -65,7 +68,7 @@ TEST_F(WriteBackTest, requests_receive_names_hash_codes_and_types_and_records_re
                               Object("s", "streamkind='k'") + Object("t", "streamkind='k'") +
                               Object("u", "streamkind='k'") + Object("unknown");
   for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
-    const RecordMap records = Map("abstu");
+    const RecordMap records = ByCadId("abstu");
     const TraceLines trace;
     EXPECT_EQ(handler_->UpdateRequestAndLRDObjects(root, records, cache), S_OK);
     std::string shown;
@@ -94,7 +97,7 @@ TEST_F(WriteBackTest, records_alone_receive_paths_and_no_stamp) {
   folder_.PutFile("a.prt.9", 100);
   const std::string objects = Object("a", "filename='a.prt.9'") + Object("unknown", "filename='x'");
   for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
-    const RecordMap records = Map("ab");
+    const RecordMap records = ByCadId("ab");
     EXPECT_EQ(handler_->UpdateLRDObjects(root, records), S_OK);
     EXPECT_EQ(records["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
     EXPECT_EQ(records["a"]->GetObjectFilePath().ToString(), folder_.At("a.prt.9"));
@@ -104,7 +107,8 @@ TEST_F(WriteBackTest, records_alone_receive_paths_and_no_stamp) {
 }
 
 TEST_F(WriteBackTest, a_failing_search_for_the_information_is_the_status_and_leaves_all_as_it_was) {
-  const RecordMap records = Map("a");
+  const RecordMap records = ByCadId("a");
+  const RecordMap byPhid = ByPhid("a");
   const ZYMIDOMElement_var tree = InRoot(Object("a"));
   const std::string before = Text(tree);
   const auto expect = [&](HRESULT status, const ZYMIDOMNode_var& root) {
@@ -115,23 +119,24 @@ TEST_F(WriteBackTest, a_failing_search_for_the_information_is_the_status_and_lea
     };
     EXPECT_EQ(failing([&] { return handler_->UpdateRequestAndLRDObjects(root, records, CacheInformation()); }), status);
     EXPECT_EQ(failing([&] { return handler_->UpdateLRDObjects(root, records); }), status);
-    EXPECT_EQ(failing([&] { return handler_->GetCadidLRDMap(root, records, out, {}); }), status);
-    EXPECT_EQ(failing([&] { return handler_->GetCadidLRDMapForCache(root, records, out); }), status);
+    EXPECT_EQ(failing([&] { return handler_->GetCadidLRDMap(root, byPhid, out, {}); }), status);
+    EXPECT_EQ(failing([&] { return handler_->GetCadidLRDMapForCache(root, byPhid, out); }), status);
     EXPECT_EQ(out.Size(), 0);
   };
   expect(FailingDom::Status, FailingDom::Wrap(tree));
   expect(S_OK, TextNode());
-  EXPECT_EQ(handler_->UpdateInformationFromCache(TextNode(), records), S_OK);
+  EXPECT_EQ(handler_->UpdateInformationFromCache(TextNode(), byPhid), S_OK);
   EXPECT_EQ(Text(tree), before);
   EXPECT_EQ(records["a"]->GetObjectFilePath().ToString(), "/old/a.prt.2");
 }
 
 TEST_F(WriteBackTest, requests_are_described_from_the_cache_by_physical_id) {
-  const RecordMap records = Map("ab");
-  records["b"]->SetObjectFilePath("/old/plain");
+  const RecordMap records = ByPhid("ab");
+  records["PHb"]->SetObjectFilePath("/old/plain");
   const ZYMIDOMElement_var root = InRoot(Object("a", "filename='mine' oid='old'") + Object("b"));
   EXPECT_EQ(handler_->UpdateInformationFromCache(root, records), S_OK);
-  EXPECT_EQ(Show(root, "a", {"filename", "mxtype", "oid", "hashcode"}), "filename=a.prt.2 mxtype=Ta oid=a hashcode=Ha");
+  EXPECT_EQ(Show(root, "a", {"filename", "mxtype", "oid", "hashcode"}),
+            "filename=a.prt.2 mxtype=Ta oid=PHa hashcode=Ha");
   EXPECT_EQ(Show(root, "b", {"filename"}), "filename=plain.");
   EXPECT_THROW(handler_->UpdateInformationFromCache(InRoot(Object("unknown")), records), ZYMNullHandleError);
 }
@@ -140,50 +145,51 @@ TEST_F(WriteBackTest, the_map_by_cad_id_passes_over_what_is_skipped_or_has_no_re
   folder_.PutFile("a.prt.9", 100);
   const std::string objects = Object("a", "filename='a.prt.9'") + Object("unknown") + Object("b");
   for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
-    const RecordMap records = Map("ab");
+    const RecordMap records = ByPhid("ab");
     RecordMap out;
     EXPECT_EQ(handler_->GetCadidLRDMap(root, RecordMap(), out, {}), S_OK);
     EXPECT_EQ(out.Size(), 0);
     const TraceLines trace;
     EXPECT_EQ(handler_->GetCadidLRDMap(root, records, out, {"b"}), S_OK);
     EXPECT_EQ(out.Size(), 1);
-    EXPECT_EQ(out["a"], records["a"]);
-    EXPECT_EQ(records["a"]->GetObjectChangeStamp(), "100");
-    EXPECT_EQ(records["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
-    EXPECT_THAT(trace.all, Contains("No record for phid : unknown"));
+    EXPECT_EQ(out["a"], records["PHa"]);
+    EXPECT_EQ(out["a"]->GetObjectChangeStamp(), "100");
+    EXPECT_EQ(out["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
+    EXPECT_THAT(trace.all, Contains("No record for phid : PHunknown"));
     EXPECT_EQ(handler_->GetCadidLRDMap(root, records, out, {}), S_OK);
     EXPECT_EQ(out.Size(), 2);
   }
 }
 
 TEST_F(WriteBackTest, the_map_for_the_cache_shares_plain_records_and_copies_those_of_streams) {
-  const RecordMap records = Map("a");
+  const RecordMap records = ByPhid("a");
   std::string objects;
   for (const char* attributes :
-       {"cadid='1' phid='a'", "cadid='2' phid='a'", "cadid='3' phid='a' streamkind='k'",
-        "cadid='4' phid='a' streamkind='k'", "cadid='5' phid='z'", "cadid='6' streamkind='k'"}) {
+       {"cadid='1' phid='PHa'", "cadid='2' phid='PHa'", "cadid='3' phid='PHa' streamkind='k'",
+        "cadid='4' phid='PHa' streamkind='k'", "cadid='5' phid='z'", "cadid='6' streamkind='k'"}) {
     objects += Element("cadobject", attributes);
   }
   RecordMap out;
   EXPECT_EQ(handler_->GetCadidLRDMapForCache(InRoot(objects), records, out), S_OK);
   EXPECT_EQ(out.Size(), 4);
-  EXPECT_TRUE(out["1"] == records["a"] && out["2"] == records["a"]);
-  EXPECT_FALSE(out["3"] == out["4"] || out["3"] == records["a"]);
-  EXPECT_EQ(Fields(out["4"]), "phid=a hash=Ha cadid=a mxtype=Ta flags=write");
+  EXPECT_TRUE(out["1"] == records["PHa"] && out["2"] == records["PHa"]);
+  EXPECT_FALSE(out["3"] == out["4"] || out["3"] == records["PHa"]);
+  EXPECT_EQ(Fields(out["4"]), "phid=PHa hash=Ha cadid=a mxtype=Ta flags=write");
 }
 
 TEST_F(WriteBackTest, the_maps_of_a_tree_are_by_cad_id_and_by_physical_id) {
   const ZYMIDOMElement_var root = InRoot(Object("a") + Object("b") +
-                                         "<cadobject cadid='last' phid='a'/><cadobject cadid='c' "
+                                         "<cadobject cadid='last' phid='PHa'/><cadobject cadid='c' "
                                          "type='bare'/><cadobject cadid='v' phid='v' type='preview'/>");
   RecordMap byCadId;
   RecordMap byPhid;
   EXPECT_EQ(handler_->GetLRDMap(root, byCadId), S_OK);
   EXPECT_EQ(byCadId.Size(), 3);
   EXPECT_FALSE(byCadId.HasKey("c"));
+  EXPECT_EQ(byCadId["b"]->GetPhysicalId(), "PHb");
   EXPECT_EQ(handler_->GetPhidLRDMap(root, byPhid), S_OK);
   EXPECT_EQ(byPhid.Size(), 3);
-  EXPECT_EQ(byPhid["a"]->GetCadId(), "last");
+  EXPECT_EQ(byPhid["PHa"]->GetCadId(), "last");
   EXPECT_EQ(byPhid[""]->GetCadId(), "c");
   byPhid.RemoveAll();
   EXPECT_EQ(handler_->GetPhidLRDMap(Tree("<command cname='print'/>"), byPhid), S_OK);
@@ -194,10 +200,10 @@ TEST_F(WriteBackTest, the_maps_of_a_tree_are_by_cad_id_and_by_physical_id) {
 }
 
 TEST_F(WriteBackTest, records_are_written_by_list_and_by_the_handler_of_a_response) {
-  const RecordMap records = Map("a");
+  const RecordMap records = ByCadId("a");
   records["a"]->SetLRDFilePath(QELVARDOSPath(folder_.At("a.xml")));
   EXPECT_EQ(handler_->CreateOrUpdateLRD(Records{records["a"]}), S_OK);
-  EXPECT_THAT(folder_.File("a.xml"), HasSubstr("<phid>a</phid>"));
+  EXPECT_THAT(folder_.File("a.xml"), HasSubstr("<phid>PHa</phid>"));
   EXPECT_THROW(handler_->CreateOrUpdateLRD(Tree("<response cname='print'/>"), records), ZYMNullHandleError);
   EXPECT_EQ(handler_->CreateOrUpdateLRD(Tree("<command cname='checkinEx'/>"), records), E_NOTIMPL);
 
@@ -210,7 +216,7 @@ TEST_F(WriteBackTest, records_are_written_by_list_and_by_the_handler_of_a_respon
       InRoot("<cadobject cadid='b' filename='b.prt.2' dirname='" + folder_.Root() + "'/>");
   RecordMap again;
   EXPECT_EQ(handler_->Recognize(request, again), S_OK);
-  EXPECT_EQ(Show(request, "b", {"status", "phid"}), "status=EXISTS phid=b");
+  EXPECT_EQ(Show(request, "b", {"status", "phid"}), "status=EXISTS phid=PHb");
 
   const Record made = FullV4("<o selected='true' filename='x' dirname='" + folder_.At("new") + "'/>");
   EXPECT_EQ(handler_->CreateAndHideLRDFolder(Records{made}), S_OK);
