@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
+#include <sys/mount.h>
 
+#include <cerrno>
+#include <filesystem>
 #include <string>
 
 #include "tests/lrd/LrdTest.h"
@@ -7,6 +10,37 @@
 using testing::HasSubstr;
 
 namespace {
+
+/// A disk of a few pages in a folder of the working folder, as long as the object lives.
+class SmallDisk {
+ public:
+  explicit SmallDisk(const std::string& folder)
+      : folder_(folder),
+        isMounted_(std::filesystem::create_directory(folder) &&
+                   mount("none", folder.c_str(), "tmpfs", 0, "size=32k") == 0) {}
+  ~SmallDisk() {
+    if (isMounted_) {
+      umount2(folder_.c_str(), MNT_DETACH);
+    }
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+
+  bool IsMounted() const { return isMounted_; }
+  /// Takes what room is left.
+  void Fill() const {
+    const int filler = open((folder_ + "/filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    const std::string page(4096, 'f');
+    while (write(filler, page.data(), page.size()) > 0) {
+    }
+    EXPECT_EQ(errno, ENOSPC);
+    close(filler);
+  }
+
+ private:
+  std::string folder_;
+  bool isMounted_;
+};
 
 /// Outputs that cannot take what they are sent.
 class OutputTest : public LrdTest {
@@ -24,9 +58,14 @@ TEST_F(OutputTest, a_full_standard_output_is_told_by_every_command) {
         Arguments{"recognize", "request.xml", "--config", "config.xml"},
         Arguments{"recognize", "request.xml", "--config", "config.xml", "-o", "/dev/stdout"},
         Arguments{"record", "response.xml", "--config", "config.xml"},
+        Arguments{"record", "response.xml", "--config", "config.xml", "--json"},
+        Arguments{"record", "response.xml", "--config", "config.xml", "-0"},
+        Arguments{"record", "response.xml", "--config", "config.xml", "--dry-run"},
         Arguments{"show", "work/.KORVANTHEMIX/a.prt.xml"}, Arguments{"show", "work/.KORVANTHEMIX/a.prt.xml", "--json"},
         Arguments{"status", "work", "--config", "config.xml"},
-        Arguments{"status", "work", "--config", "config.xml", "--json"}, Arguments{"check", "work"},
+        Arguments{"status", "work", "--config", "config.xml", "--json"},
+        Arguments{"status", "work", "--config", "config.xml", "--explain"}, Arguments{"check", "work"},
+        Arguments{"check", "work", "--json"}, Arguments{"check", "work", "--clean", "--yes"},
         Arguments{"--trace", "-", "recognize", "request.xml", "--config", "config.xml", "-o", "out.xml"}}) {
     const Ran ran = LrdFull(arguments);
     EXPECT_EQ(ran.status, 2) << testing::PrintToString(arguments);
@@ -48,6 +87,44 @@ TEST_F(OutputTest, a_device_or_a_trace_that_is_full_is_named) {
   EXPECT_EQ(trace.status, 2);
   EXPECT_EQ(trace.err, "lrd: /dev/full: No space left on device\n");
   EXPECT_THAT(trace.out, HasSubstr("EXISTS"));
+}
+
+TEST_F(OutputTest, a_full_standard_output_does_not_keep_records_from_being_written) {
+  const Ran ran = LrdFull({"record", "response.xml", "--config", "config.xml"});
+  EXPECT_EQ(ran.err, "lrd: standard output: No space left on device\n");
+  EXPECT_THAT(Slurp("work/.KORVANTHEMIX/a.prt.xml"), HasSubstr("<phid>PH-a</phid>"));
+}
+
+TEST_F(OutputTest, a_disk_that_is_full_keeps_what_it_has_and_is_told_by_every_command_that_writes) {
+  const SmallDisk disk("small");
+  if (!disk.IsMounted()) {
+    GTEST_SKIP() << "nothing can be mounted here";
+  }
+  PutObject("small", "old.prt.1", "old.prt", Record("PH-1"));
+  Put("small/out.xml", "as it was");
+  disk.Fill();
+  Put("response.xml", CheckOut("small", {"new", "old"}));
+  const auto before = State();
+  const auto expect = [](const Ran& ran, int status, const std::string& complaints) {
+    EXPECT_EQ(ran.status, status);
+    EXPECT_EQ(ran.err, complaints);
+  };
+  const std::string full = ": No space left on device\n";
+  expect(Lrd({"record", "response.xml", "--config", "config.xml"}), 1,
+         "lrd: small/.KORVANTHEMIX/new.prt.xml" + full + "lrd: small/.KORVANTHEMIX/old.prt.xml" + full);
+  expect(Lrd({"recognize", "request.xml", "--config", "config.xml", "-o", "small/out.xml"}), 2,
+         "lrd: " + std::filesystem::canonical("small/out.xml").string() + full);
+  expect(Lrd({"--trace", "small/empty", "recognize", "request.xml", "--config", "config.xml"}), 2,
+         "lrd: small/empty" + full);
+  const int output = open("small/empty", O_WRONLY | O_CLOEXEC);
+  for (const Arguments& arguments :
+       {Arguments{"recognize", "request.xml", "--config", "config.xml"}, Arguments{"check", "work"},
+        Arguments{"record", "response.xml", "--config", "config.xml", "--dry-run"}}) {
+    expect(Lrd(arguments, output), 2, "lrd: standard output" + full);
+  }
+  close(output);
+  std::filesystem::remove("small/empty");
+  EXPECT_TRUE(State() == before) << "something is lost or left over";
 }
 
 TEST_F(OutputTest, a_file_that_there_is_no_room_for_stays_as_it_was) {
