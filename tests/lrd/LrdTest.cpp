@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -165,10 +166,44 @@ TEST_F(LrdTest, RecognizeCanReplaceItsInputAndSumsUp) {
   EXPECT_EQ(ran.out, "");
   EXPECT_EQ(ran.err, "3 objects: 1 EXISTS, 1 MODIFIED, 1 UNKNOWN\n");
   EXPECT_THAT(Slurp("request.xml"), HasSubstr(R"(status="MODIFIED" phid="PH-2")"));
-  // A command that the configuration lists is recognised without a look at the records.
-  Put("config.xml", "<configuration cad='CREO'><withoutrecords command='quick'/></configuration>");
-  EXPECT_THAT(Lrd({"recognize", "request.xml", "--config", "config.xml", "--command", "quick"}).out,
-              Not(HasSubstr("hashcodefromlrd=\"HC-")));
+}
+
+TEST_F(LrdTest, ACommandThatTheConfigurationListsIsRecognisedWithoutRecords) {
+  PutObject("work", "a.prt.1", "a.prt", Record("PH-1"));
+  Put("request.xml", Request("<cadobject cadid='1' filename='a.prt.1' dirname='work'/>"));
+  Put("config.xml",
+      "<configuration cad='CREO'><withoutrecords command='fast'/><withoutrecords command='quick'/></configuration>");
+  const auto recognized = [this](const std::string& command) {
+    return Lrd({"recognize", "request.xml", "--config", "config.xml", "--command", command}).out;
+  };
+  EXPECT_THAT(recognized("slow"), AllOf(HasSubstr(R"(status="EXISTS")"), HasSubstr(R"(hashcodefromlrd="HC")")));
+  for (const std::string command : {"fast", "quick"}) {
+    EXPECT_THAT(recognized(command), AllOf(HasSubstr(R"(status="UNKNOWN")"), Not(HasSubstr("hashcodefromlrd"))));
+  }
+}
+
+TEST_F(LrdTest, TheClassesAndIdentifiersOfAConfigurationDecideWhatIsRecorded) {
+  Put("config.xml",
+      "<configuration cad='CREO' identifier='filename'>"
+      "<type name='item' identifier='name' classes='TYPE_FAMILY_ITEM_LIKE TYPE_OBJECT_WITHOUT_FILE'/>"
+      "<type name='preview' classes='TYPE_VISUALIZATION_LIKE'/>"
+      "<relationship name='shows' classes='REL_VISUALIZATION_LIKE'/></configuration>");
+  const auto object = [](const std::string& name, const std::string& attributes) {
+    return "<cadobject cadid='" + name + "' phid='PH-" + name + "' dirname='work' selected='true' " + attributes + "/>";
+  };
+  Put("response.xml",
+      "<response cname='checkoutEx'><info><cadobjectlist>" + object("asm", "type='part' filename='asm.prt.1'") +
+          object("item", "type='item' name='ITEM'") + object("p", "type='preview' filename='p.jpg'") +
+          object("shown", "type='part' filename='shown.prt.2'") +
+          "</cadobjectlist><relationshiplist><relationship rid='1' reluuid='U1' topnode='dpt'/>"
+          "<relationship rid='2' reluuid='U2' topnode='dpt' cadrelationship='shows'/></relationshiplist>"
+          "<structure><cadobject cadid='asm'><cadobject cadid='item'><relationship rid='1'/></cadobject>"
+          "<cadobject cadid='shown'><relationship rid='2'/></cadobject></cadobject></structure></info></response>");
+  EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml"}).out,
+            "work/.KORVANTHEMIX/asm.prt.xml\nwork/.KORVANTHEMIX/shown.prt.xml\n");
+  EXPECT_THAT(Slurp("work/.KORVANTHEMIX/asm.prt.xml"),
+              AllOf(HasSubstr(R"(<rel id="U1">)"), HasSubstr(R"(<structure id="ITEM"><phid>PH-item</phid>)"),
+                    Not(HasSubstr("U2")), Not(HasSubstr("PH-shown"))));
 }
 
 TEST_F(LrdTest, RecognizeSaysWhenThereIsNothingToRecognise) {
@@ -353,6 +388,51 @@ TEST_F(StatusTest, ListsEveryObjectOnceAndSorted) {
   EXPECT_THAT(
       Lrd({"status", "work", "--config", "config.xml"}).out,
       AllOf(HasSubstr("? work/same.prt.9\n"), HasSubstr("? work/same.prt.10\n"), HasSubstr("! work/same.prt\n")));
+}
+
+TEST_F(LrdTest, OfTheVersionsOfAFileTheNewestCounts) {
+  for (const std::string file : {"a.prt.1", "a.prt.2", "b.prt.9", "b.prt.10", "c.prt.007", "c.prt.8", "d.prt",
+                                 "d.prt.1", "e.prt.19", "e.prt.20", "e.prt.3"}) {
+    Put("versions/" + file, "cad");
+  }
+  EXPECT_THAT(Lrd({"status", "versions", "--config", "config.xml"}).out,
+              StartsWith("? versions/a.prt.2\n? versions/b.prt.10\n? versions/c.prt.8\n? versions/d.prt.1\n"
+                         "? versions/e.prt.20\n5 objects"));
+}
+
+std::string Response(const std::string& objects) {
+  return "<response cname='checkoutEx'><info><cadobjectlist>" + objects + "</cadobjectlist></info></response>";
+}
+
+TEST_F(LrdTest, ManyFoldersTakeFewDescriptors) {
+  constexpr int Count = 200;
+  std::string objects;
+  std::string record;
+  for (int number = 0; number < Count; ++number) {
+    const std::string folder = "work/" + std::to_string(number);
+    PutObject(folder, "a.prt.1", "a.prt", record);
+    objects += "<cadobject cadid='" + std::to_string(number) +
+               "' filename='a.prt.1' selected='true' type='part' dirname='" + folder + "'/>";
+    if (record.empty()) {
+      Put("response.xml", Response(objects));
+      Lrd({"record", "response.xml", "--config", "config.xml"});
+      record = Slurp(folder + "/.KORVANTHEMIX/a.prt.xml");
+    }
+  }
+  Put("request.xml", Request(objects));
+  Put("response.xml", Response(objects));
+  const auto run = [this](const Arguments& arguments) {
+    Arguments limited{"/bin/sh", "-c", "ulimit -n 24; exec \"$@\"", "sh", LRD_PROGRAM};
+    limited.insert(limited.end(), arguments.begin(), arguments.end());
+    const Ran ran = Run(limited);
+    EXPECT_EQ(ran.status, 0) << arguments.front();
+    return ran.out + ran.err;
+  };
+  EXPECT_THAT(run({"status", "work", "--config", "config.xml"}), HasSubstr("\n200 objects: 200 EXISTS, "));
+  EXPECT_EQ(run({"check", "work"}), "200 records, 0 findings\n");
+  EXPECT_THAT(run({"recognize", "request.xml", "--config", "config.xml", "--summary"}), HasSubstr(": 200 EXISTS, "));
+  const std::string recorded = run({"record", "response.xml", "--config", "config.xml"});
+  EXPECT_EQ(std::count(recorded.begin(), recorded.end(), '\n'), Count) << "all of it is there already";
 }
 
 TEST_F(StatusTest, AFolderIsListedOnceWhateverItsSpelling) {
