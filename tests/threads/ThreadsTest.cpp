@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMFillDictionary.h"
+#include "tests/support/Client.h"
+
+namespace {
+
+constexpr int Threads = 4;
+
+/// Lets run(number) run in each of several threads, all of them from the same moment on.
+template <typename Run>
+void AtOnce(const Run& run) {
+  std::latch start(Threads);
+  std::vector<std::thread> threads;
+  threads.reserve(Threads);
+  for (int number = 0; number < Threads; ++number) {
+    threads.emplace_back([&, number] {
+      start.arrive_and_wait();
+      run(number);
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+// The folders differ in their last six letters alone.
+std::string WithoutFolder(std::string text, const std::string& folder) {
+  for (std::size_t at = 0; (at = text.find(folder)) != std::string::npos;) {
+    text.erase(at, folder.size());
+  }
+  return text;
+}
+
+// Everything that a class makes on its first use is first used here.
+TEST(ThreadsTest, each_thread_records_recognises_and_fails_with_objects_of_its_own) {
+  std::vector<std::string> results(Threads);
+  AtOnce([&results](int number) {
+    const Client client;
+    const std::string missing = client.folder.At("missing.xml");
+    for (int round = 0; round < 5; ++round) {
+      EXPECT_EQ(client.RecordAnswer(client.Root("answer.xml")), S_OK);
+      const ZYMIDOMElement_var request = client.Root("request.xml");
+      EXPECT_EQ(client.Recognize(request), S_OK);
+      QELXIVARDOSLRDObject_var record;
+      EXPECT_EQ(client.ReadRecord(client.folder.At(".KORVANTHEMIX/a.prt.xml"), record), S_OK);
+      EXPECT_EQ(record->GetPhysicalId(), "A");
+      EXPECT_EQ(client.ReadRecord(missing, record), E_FAIL);
+      std::this_thread::yield();
+      EXPECT_EQ(QELVARDOSSystemUtils::LastError(), missing + ": No such file or directory");
+      // A comment makes the file one for the other parser.
+      client.folder.Put("missing.xml.not", "<!---->");
+      EXPECT_EQ(client.ReadRecord(client.folder.At("missing.xml.not"), record), E_FAIL);
+      results[static_cast<std::size_t>(number)] =
+          WithoutFolder(client.folder.Record("a.prt") + client.folder.Record("b.prt") + Client::TextOf(request),
+                        client.folder.Root());
+    }
+  });
+  EXPECT_NE(results[0].find("status=\"EXISTS\" phid=\"B\""), std::string::npos) << results[0];
+  for (const std::string& result : results) {
+    EXPECT_EQ(result, results[0]);
+  }
+}
+
+class Made : public ZYMBaseUnknown {};
+
+/// Registers, finds and forgets classes, one of its own and one that all threads register.
+void UseRegistry(const std::string& own, const std::string& shared) {
+  const ZYMMetaObject* const meta = fct_RetrieveMetaObject(own, ZYMBaseUnknown::MetaObject(), "", "");
+  EXPECT_EQ(ZYMFindMetaObject(own), meta);
+  // Whoever comes first registers it; all get the same one.
+  const ZYMMetaObject* const first = fct_RetrieveMetaObject(shared, nullptr, "", "");
+  EXPECT_EQ(ZYMFindMetaObject(shared), first);
+  ZYMForgetMetaObject(own);
+  EXPECT_EQ(ZYMFindMetaObject(own), nullptr);
+
+  ZYMFillDictionary::RegisterFunctionCreation(own.c_str(), []() -> ZYMBaseUnknown* { return new Made; });
+  EXPECT_TRUE(ZYMBaseUnknown_var::Adopt(ZYMCreateByName(own.c_str())));
+  ZYMFillDictionary::UnregisterFunctionCreation(own.c_str());
+  EXPECT_EQ(ZYMCreateByName(own.c_str()), nullptr);
+}
+
+TEST(ThreadsTest, classes_come_are_asked_for_and_go_in_several_threads) {
+  // One thread does one thing alone: nothing but that one's own lock keeps it apart from what the others do.
+  const std::vector<void (*)(const char* name)> alone = {
+      [](const char* name) { ZYMFindMetaObject(name); },
+      [](const char* name) { ZYMForgetMetaObject(name); },
+      [](const char* name) { fct_RetrieveMetaObject(name, nullptr, "", ""); },
+      [](const char* name) { ZYMCreateByName(name); },
+      [](const char* name) { ZYMFillDictionary::RegisterFunctionCreation(name, nullptr); },
+      [](const char* name) { ZYMFillDictionary::UnregisterFunctionCreation(name); },
+  };
+  constexpr int Rounds = 50;
+  const auto shared = [](int round) { return "shared " + std::to_string(round); };
+  for (const auto& only : alone) {
+    AtOnce([&](int number) {
+      for (int round = 0; round < Rounds; ++round) {
+        const std::string own = std::to_string(number) + " " + std::to_string(round);
+        number == 0 ? only(own.c_str()) : UseRegistry(own, shared(round));
+      }
+    });
+    for (int round = 0; round < Rounds; ++round) {
+      ZYMForgetMetaObject(shared(round));
+      ZYMForgetMetaObject("0 " + std::to_string(round));
+      ZYMFillDictionary::UnregisterFunctionCreation(("0 " + std::to_string(round)).c_str());
+    }
+  }
+}
+
+}  // namespace
