@@ -11,7 +11,9 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <string>
@@ -323,6 +325,103 @@ TEST_F(FileTest, read_gives_a_whole_file_of_any_size_and_refuses_what_is_no_file
   close(writer);
   EXPECT_TRUE(layer.Read(At("pipe"), bytes, QELVARDOSFileLayer::AnySize))
       << "without a writer, opening would wait for one";
+}
+
+/// How many files and folders this process has open.
+int OpenFiles() {
+  const fs::directory_iterator open("/proc/self/fd");
+  return static_cast<int>(std::distance(begin(open), end(open)));
+}
+
+TEST_F(FileTest, no_operation_leaves_a_file_open_whether_it_succeeds_or_fails) {
+  QELVARDOSFileLayer& layer = QELVARDOSFileLayer::System();
+  Put("file", "text");
+  Put("large", std::string(100'000, 'x'));
+  fs::create_directory(At("folder"));
+  ASSERT_EQ(mkfifo(At("pipe").c_str(), 0666), 0);
+  std::string bytes;
+  std::vector<std::string> names;
+  const auto write = [&](const std::string& like, std::size_t size) {
+    layer.WriteNew(At("new"), std::string(size, 'x'), like);
+    layer.Remove(At("new"));
+  };
+  const std::vector<std::pair<std::string, std::function<void()>>> operations = {
+      {"Stat", [&] { layer.Stat(At("file")); }},
+      {"Read", [&] { layer.Read(At("file"), bytes, QELVARDOSFileLayer::AnySize); }},
+      {"Read much", [&] { layer.Read(At("large"), bytes, QELVARDOSFileLayer::AnySize); }},
+      {"Read too much", [&] { EXPECT_TRUE(layer.Read(At("large"), bytes, 20'000)); }},
+      {"Read more than little", [&] { EXPECT_TRUE(layer.Read(At("file"), bytes, 1)); }},
+      {"Read what is no file", [&] { layer.Read(At("pipe"), bytes, 1), layer.Read(root_, bytes, 1); }},
+      {"Read what is none", [&] { EXPECT_TRUE(layer.Read(At("none"), bytes, 1)); }},
+      {"List", [&] { layer.List(root_, names), layer.List(At("file"), names); }},
+      {"MakeFolder", [&] { layer.MakeFolder(At("made")), layer.HideFolder(At("made")), layer.Remove(At("made")); }},
+      {"ClaimFolder",
+       [&] {
+         QELVARDOSFolderClaim claim;
+         QELVARDOSFolderClaim refused;
+         layer.ClaimFolder(root_, QELVARDOSFolderUse::Write, claim);
+         layer.ClaimFolder(root_, QELVARDOSFolderUse::Clean, refused);
+         layer.ClaimFolder(At("file"), QELVARDOSFolderUse::Write, refused);
+       }},
+      {"WriteNew", [&] { write("", 4), write(At("file"), 4), layer.WriteNew(At("file"), "", ""); }},
+      {"WriteNew like none", [&] { write(At("none"), 4); }},
+      {"WriteNew like a closed one", [&] { chmod(At("pipe").c_str(), 0), write(At("pipe"), 4); }},
+      {"MakeDurable",
+       [&] {
+         layer.MakeDurable({At("file"), At("large"), At("none")});
+       }},
+      {"MakeDurable many", [&] { layer.MakeDurable(std::vector<std::string>(20, At("file"))); }},
+      {"MakeFoldersDurable",
+       [&] {
+         layer.MakeFoldersDurable({root_, At("none")});
+       }},
+      {"Rename", [&] { layer.Rename(At("file"), At("file")), layer.Rename(At("none"), At("file")); }},
+      {"Remove", [&] { layer.Remove(At("none")); }},
+      {"many lookups",
+       [&] {
+         const QELVARDOSFileLookups lookups;
+         for (int count = 0; count < 40; ++count) {
+           layer.Stat(count % 2 == 0 || count > 20 ? At("file") : At("folder/none"));
+         }
+       }},
+      {"a transaction", [&] { QELVARDOSReplaceFile(At("file"), std::to_string(bytes.size())); }},
+      {"one that is given up", [&] { QELVARDOSFileTransaction().Replace(At("file"), "never"); }},
+      {"MakeDirs", [&] { QELVARDOSPathUtils::MakeDirs(At("a/b").c_str()), fs::remove_all(At("a")); }},
+  };
+  for (const auto& [name, operation] : operations) {
+    const int before = OpenFiles();
+    operation();
+    EXPECT_EQ(OpenFiles(), before) << name;
+  }
+}
+
+TEST_F(FileTest, lookups_that_ended_know_nothing_of_a_folder_that_was_replaced_meanwhile) {
+  QELVARDOSFileLayer& layer = QELVARDOSFileLayer::System();
+  const auto put = [this](const std::string& text) {
+    fs::remove_all(At("moved"));
+    if (fs::exists(At("folder"))) {
+      fs::rename(At("folder"), At("moved"));
+    }
+    fs::create_directory(At("folder"));
+    Put("folder/file", text);
+  };
+  const auto look = [&](const std::string& text) {
+    // So many that the folder is kept open, if folders are.
+    for (int count = 0; count < 6; ++count) {
+      std::string bytes;
+      EXPECT_EQ(layer.Stat(At("folder/file")).size, text.size());
+      EXPECT_FALSE(layer.Read(At("folder/file"), bytes, QELVARDOSFileLayer::AnySize));
+      EXPECT_EQ(bytes, text);
+    }
+  };
+  for (const char* text : {"1", "22", "333"}) {
+    put(text);
+    const QELVARDOSFileLookups outer;
+    const QELVARDOSFileLookups inner;
+    look(text);
+  }
+  put("4444");
+  look("4444");
 }
 
 TEST_F(FileTest, write_new_never_overwrites_and_leaves_nothing_when_the_disk_takes_only_a_part) {
