@@ -228,7 +228,9 @@ TEST_F(RecordXmlTest, the_trace_names_the_nodes_that_were_added) {
 
 TEST_F(RecordXmlTest, a_failure_of_any_step_is_passed_on_and_leaves_nothing) {
   std::vector<Record> records = {FullV4(Everything()), Plain(Everything())};
+  // A child behind the one that fails does not hide that.
   for (const Record& nesting : records) {
+    nesting->AddChild(Made<QELXVARDOSRelLRDObject>(Everything()));
     nesting->AddChild(Made<QELXVARDOSRelLRDObject>(Everything()));
   }
   for (const ClassCase& classCase : Classes()) {

@@ -113,7 +113,17 @@ TEST_F(RecordFileTest, records_may_be_nested_256_deep) {
     ++depth;
   }
   EXPECT_EQ(depth, 256);
-  EXPECT_EQ(Status(Object("P", nested)), E_FAIL);
+  std::string deepest;
+  std::string end;
+  for (depth = 0; depth < 100'000; ++depth) {
+    deepest += "<object>" + (depth < 300 ? Core() : std::string());
+    end += "</object>";
+  }
+  for (const std::string& text : {Object("P", nested), Object("P", nested + Object("good")),
+                                  Object("P", Object("good") + nested), deepest + end, deepest + end + "<!---->"}) {
+    EXPECT_EQ(Status(text), E_FAIL);
+    EXPECT_EQ(QELVARDOSSystemUtils::LastError(), folder_.At("read.xml") + ": records are nested too deep");
+  }
 }
 
 TEST_F(RecordFileTest, records_are_written_as_deep_as_they_can_be_read) {
