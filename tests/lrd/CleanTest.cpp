@@ -1,13 +1,11 @@
 #include <gmock/gmock.h>
-#include <pty.h>
 
-#include <array>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "platform/QELVARDOSFileLayer.h"
-#include "tests/lrd/LrdTest.h"
+#include "tests/lrd/Terminal.h"
 
 using nlohmann::json;
 using testing::HasSubstr;
@@ -26,28 +24,7 @@ class CleanTest : public LrdTest {
     Put(unclaimed_, "<obj");
   }
 
-  /// Runs with a person at the terminal who types the answer; what the terminal shows is in out.
-  static Ran AtTerminal(const std::string& folder, const std::string& answer) {
-    int terminal = 0;
-    const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (process == 0) {
-      execl(LRD_PROGRAM, LRD_PROGRAM, "check", folder.c_str(), "--clean", nullptr);
-      _exit(127);
-    }
-    std::string shown;
-    std::array<char, 256> piece{};
-    bool answered = false;
-    for (ssize_t got = 0; (got = read(terminal, piece.data(), piece.size())) > 0;) {
-      shown.append(piece.data(), static_cast<std::size_t>(got));
-      if (!answered && shown.find("[y/N] ") != std::string::npos) {
-        answered = write(terminal, answer.data(), answer.size()) > 0;
-      }
-    }
-    close(terminal);
-    int status = 0;
-    waitpid(process, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), shown, ""};
-  }
+  static Ran Clean(const std::string& answer) { return AtTerminal({"check", "work", "--clean"}, answer); }
 
   const std::string dead_ = "work/.KORVANTHEMIX/.~" + std::string(30, '0');
   const std::string unclaimed_ = "work/.KORVANTHEMIX/.~" + std::string(30, 'f');
@@ -91,15 +68,30 @@ TEST_F(CleanTest, a_person_is_asked_once_and_without_one_nothing_goes) {
   EXPECT_EQ(nobody.err,
             "lrd: --clean asks before it removes anything, and there is no terminal to ask on; --yes removes without "
             "asking\n");
-  const Ran no = AtTerminal("work", "n\n");
+  const Ran no = Clean("n\n");
   EXPECT_EQ(no.status, 1);
   EXPECT_THAT(no.out, HasSubstr("lrd: remove 1 temporary file? [y/N] "));
-  EXPECT_EQ(AtTerminal("work", "\x03").status, 130) << "Ctrl-C is an answer too";
+  EXPECT_EQ(Clean("\x03").status, 130) << "Ctrl-C is an answer too";
   EXPECT_EQ(State(), before);
   fs::remove(unclaimed_);
-  EXPECT_EQ(AtTerminal("work", "y\n").status, 0);
+  EXPECT_EQ(Clean("y\n").status, 0);
   EXPECT_FALSE(fs::exists(dead_));
-  EXPECT_THAT(AtTerminal("work", "").out, Not(HasSubstr("[y/N]")));
+  EXPECT_THAT(Clean("").out, Not(HasSubstr("[y/N]")));
+}
+
+TEST_F(CleanTest, nothing_but_a_plain_yes_removes_anything) {
+  const auto before = State();
+  for (const std::string answer : {"\n", " y\n", "yy\n", "no\n", "yesterday\n", "\x04", "y\x04\x04"}) {
+    EXPECT_EQ(Clean(answer).status, 1) << answer;
+  }
+  EXPECT_EQ(Clean(std::string(3000, 'y') + "\n").status, 1);
+  EXPECT_EQ(State(), before);
+  fs::remove(unclaimed_);
+  for (const std::string answer : {"y\n", "Y\n", "yes\n"}) {
+    Put(dead_, "<obj");
+    EXPECT_EQ(Clean(answer).status, 0) << answer;
+    EXPECT_FALSE(fs::exists(dead_));
+  }
 }
 
 TEST_F(CleanTest, records_where_nobody_looks_for_them_are_reported) {
