@@ -178,6 +178,30 @@ TEST_F(InterruptTest, a_reader_that_has_stopped_reading_keeps_nobody_from_ending
       130);
 }
 
+TEST_F(InterruptTest, status_ends_with_the_object_that_it_is_at) {
+  for (const std::string& name : names_) {
+    PutObject("work", name + ".prt.1", name + ".prt", Record("PH-" + name));
+  }
+  // Who reads the trace slowly holds the program up in the midst of its objects.
+  ASSERT_EQ(mkfifo("trace", 0600), 0);
+  const Started started = Start({"--trace", "trace", "status", "work", "--config", "config.xml"});
+  const int trace = open("trace", O_RDONLY | O_CLOEXEC);
+  std::array<char, 4096> piece{};
+  ssize_t got = read(trace, piece.data(), piece.size());
+  kill(started.process, SIGTERM);
+  std::size_t traced = 0;
+  for (; got > 0; got = read(trace, piece.data(), piece.size())) {
+    traced += static_cast<std::size_t>(got);
+  }
+  close(trace);
+  const Ran ran = Wait(started);
+  EXPECT_EQ(ran.status, 143);
+  EXPECT_EQ(ran.err, "lrd: terminated\n");
+  EXPECT_EQ(ran.out, "");
+  // A pipe holds 64 KiB; the trace of all objects is several times as long.
+  EXPECT_LT(traced, 100'000U);
+}
+
 TEST_F(InterruptTest, what_the_caller_ignores_stays_ignored) {
   Put("request.xml", Request(""));
   const Ran ran = Run({"/bin/sh", "-c", "trap '' INT; exec \"$@\"", "sh", "/bin/sh", "-c", "kill -INT $$; exec \"$@\"",

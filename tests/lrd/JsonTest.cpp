@@ -38,6 +38,113 @@ TEST_F(JsonTest, recording_tells_what_was_written_what_was_not_and_what_was_repl
   EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml", "--json", "-0"}).status, 2);
 }
 
+TEST_F(JsonTest, what_recording_prints_is_the_same_text_each_time) {
+  Put("work/.KORVANTHEMIX/strange.prt.xml", "<object version='9.9'/>");
+  std::filesystem::create_directory("work/.KORVANTHEMIX/bad.prt.xml");
+  Put("response.xml", CheckOut("work", {"same"}));
+  Lrd({"record", "response.xml", "--config", "config.xml"});
+  // The new one behind the strange one takes the place of nothing.
+  Put("response.xml", CheckOut("work", {"bad", "same", "strange", "new"}));
+  EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml", "--json"}).out, R"({
+  "records": [
+    {
+      "path": "work/.KORVANTHEMIX/new.prt.xml",
+      "outcome": "written"
+    },
+    {
+      "path": "work/.KORVANTHEMIX/same.prt.xml",
+      "outcome": "already the same"
+    },
+    {
+      "path": "work/.KORVANTHEMIX/strange.prt.xml",
+      "outcome": "written"
+    }
+  ],
+  "failed": [
+    {
+      "path": "work/.KORVANTHEMIX/bad.prt.xml",
+      "reason": "Is a directory"
+    }
+  ],
+  "replacedUnknownFormat": [
+    {
+      "path": "work/.KORVANTHEMIX/strange.prt.xml",
+      "version": "9.9"
+    }
+  ],
+  "totals": {
+    "written": 2,
+    "alreadyTheSame": 1,
+    "failed": 1,
+    "replacedUnknownFormat": 1
+  }
+}
+)");
+}
+
+TEST_F(JsonTest, what_is_shown_is_the_same_text_each_time) {
+  PutObject("work", "all.prt.1", "all.prt",
+            Record("PH", "1700000000", "<rel id='U'><phid>R</phid><childPhid>CP</childPhid></rel>"));
+  Put("work/.KORVANTHEMIX/gone.prt.xml", "<object><phid/><objectChangeStamp/><ceStamp/><hashcode/></object>");
+  Put("bad.xml", "<object>");
+  const std::string folder = "work/.KORVANTHEMIX/";
+  EXPECT_EQ(Lrd({"show", folder + "all.prt.xml", "bad.xml", folder + "gone.prt.xml", "--json"}).out, R"([
+  {
+    "file": "work/.KORVANTHEMIX/all.prt.xml",
+    "class": "QELXVARDOSFullLRDObject_V4",
+    "version": "4.0",
+    "id": "",
+    "phid": "PH",
+    "objectChangeStamp": "1700000000",
+    "ceStamp": "CE",
+    "macroceStamp": "MC",
+    "xsStamp": "XS",
+    "hashcode": "HC",
+    "childPhid": "",
+    "children": [
+      {
+        "class": "QELXVARDOSRelLRDObject_V3",
+        "version": "",
+        "id": "U",
+        "phid": "R",
+        "objectChangeStamp": "",
+        "ceStamp": "",
+        "macroceStamp": "",
+        "xsStamp": "",
+        "hashcode": "",
+        "childPhid": "CP",
+        "children": []
+      }
+    ],
+    "objectFile": "work/all.prt.1",
+    "objectFileStamp": "1700000000",
+    "stampAgrees": true
+  },
+  {
+    "file": "bad.xml",
+    "error": "1:9: no element found"
+  },
+  {
+    "file": "work/.KORVANTHEMIX/gone.prt.xml",
+    "class": "QELXVARDOSFullLRDObject",
+    "version": "",
+    "id": "",
+    "phid": "",
+    "objectChangeStamp": "",
+    "ceStamp": "",
+    "macroceStamp": "",
+    "xsStamp": "",
+    "hashcode": "",
+    "childPhid": "",
+    "children": [],
+    "objectFile": null,
+    "objectFileStamp": null,
+    "stampAgrees": null
+  }
+]
+)");
+}
+
 TEST_F(JsonTest, a_check_tells_every_finding_with_its_kind) {
   PutObject("work", "a.prt", "a.prt", Record("PH"));
   PutObject("work", "b.prt", "b.prt", Record("PH"));

@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 #include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <string>
 
+#include "lrd/HostSystem.h"
 #include "tests/lrd/LrdTest.h"
 
 using testing::HasSubstr;
@@ -87,6 +90,19 @@ TEST_F(OutputTest, a_device_or_a_trace_that_is_full_is_named) {
   EXPECT_EQ(trace.status, 2);
   EXPECT_EQ(trace.err, "lrd: /dev/full: No space left on device\n");
   EXPECT_THAT(trace.out, HasSubstr("EXISTS"));
+}
+
+TEST_F(OutputTest, a_socket_is_refused_at_once_and_an_older_error_does_not_make_a_failure) {
+  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_un address{AF_UNIX, "socket"};
+  ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  const Ran ran = Run(
+      {"/usr/bin/timeout", "20", LRD_PROGRAM, "recognize", "request.xml", "--config", "config.xml", "-o", "socket"});
+  close(listener);
+  EXPECT_EQ(ran.status, 2);
+  EXPECT_THAT(ran.err, testing::EndsWith("/socket: No such device or address\n"));
+  errno = EIO;
+  EXPECT_FALSE(lrd::WriteToDevice("/dev/null", "text"));
 }
 
 TEST_F(OutputTest, a_full_standard_output_does_not_keep_records_from_being_written) {

@@ -40,6 +40,30 @@ TEST(PrintableTest, what_is_text_stays_and_what_steers_or_is_no_utf8_is_spelt_ou
   EXPECT_EQ(InHexadecimal(std::string("\0z\xff", 3)), "007aff");
 }
 
+TEST(PrintableTest, characters_of_every_length_are_told_from_bytes_that_are_none_where_the_lengths_meet) {
+  for (const std::string character :
+       {"\u00a0", "\u07ff", "\u0800", "\u0fff", "\u1000", "\ucfff", "\ud000", "\ud7ff", "\ue000", "\uffff",
+        "\U00010000", "\U0003ffff", "\U00040000", "\U000fffff", "\U00100000", "\U0010ffff"}) {
+    EXPECT_EQ(Printable(character), character);
+    EXPECT_TRUE(IsUtf8(character)) << InHexadecimal(character);
+    for (std::size_t length = 1; length < character.size(); ++length) {
+      EXPECT_FALSE(IsUtf8(character.substr(0, length))) << InHexadecimal(character) << " cut off";
+      EXPECT_FALSE(IsUtf8(character.substr(0, length) + "z")) << InHexadecimal(character) << " broken off";
+      EXPECT_FALSE(IsUtf8(character.substr(length))) << InHexadecimal(character) << " without its beginning";
+    }
+  }
+  // Too long a form, halves of pairs, and what lies beyond the last character.
+  for (const std::string bytes : {"\xc1\xbf", "\xe0\x9f\xbf", "\xf0\x8f\xbf\xbf", "\xed\xa0\x80", "\xed\xbf\xbf",
+                                  "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xf8\x88\x80\x80\x80", "\xfe", "\xff"}) {
+    std::string spelt;
+    for (const char byte : bytes) {
+      spelt += "\\x" + InHexadecimal(std::string(1, byte));
+    }
+    EXPECT_EQ(Printable(bytes), spelt);
+    EXPECT_FALSE(IsUtf8(bytes)) << spelt;
+  }
+}
+
 /// Names that a line cannot hold as they are.
 class OddNamesTest : public LrdTest {
  protected:

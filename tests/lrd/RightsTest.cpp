@@ -176,6 +176,16 @@ TEST_F(RightsTest, a_cad_folder_that_nobody_may_list_says_of_no_object_file_that
   EXPECT_EQ(check.out, "cad: not readable: Permission denied\n0 records, 1 finding\n");
 }
 
+TEST_F(RightsTest, a_folder_that_nobody_may_list_is_named_once_whatever_ways_lead_to_it) {
+  fs::create_directory("cad/closed");
+  fs::create_directory_symlink("cad/closed", "link");
+  chmod("cad/closed", 0);
+  const Ran check = Lrd({"check", "link", "cad"});
+  EXPECT_EQ(check.out, "cad/closed: not readable: Permission denied\n3 records, 1 finding\n");
+  const Ran status = Lrd({"status", "cad", "link", "--config", "config.xml"});
+  EXPECT_EQ(status.err, "lrd: cad/closed: Permission denied\n");
+}
+
 TEST_F(RightsTest, a_file_that_leads_to_itself_is_neither_there_nor_gone) {
   fs::remove("cad/part.prt.1");
   fs::create_symlink("part.prt.1", "cad/part.prt.1");

@@ -110,6 +110,26 @@ TEST_F(TextTest, a_check_tells_every_finding_in_words) {
   EXPECT_EQ(ran.err, "");
 }
 
+TEST_F(TextTest, what_an_incomplete_record_lacks_is_told_with_the_entry_that_lacks_it) {
+  const std::string core = "<phid/><objectChangeStamp/><ceStamp/><hashcode/>";
+  const auto lacks = [&](const std::string& nested) {
+    PutObject("work", "a.prt.1", "a.prt", "<object version='4.0'>" + core + nested + "</object>");
+    return Lrd({"check", "work"}).out;
+  };
+  const auto told = [](const std::string& entry, const std::string& element) {
+    return "work/.KORVANTHEMIX/a.prt.xml: incomplete: <" + entry + "> lacks the element <" + element +
+           ">\n1 record, 1 finding\n";
+  };
+  EXPECT_EQ(lacks(""), "1 record, 0 findings\n");
+  EXPECT_EQ(lacks("<structure id='s'><phid/><objectChangeStamp/><ceStamp/></structure>"),
+            told("structure", "hashcode"));
+  EXPECT_EQ(lacks("<structure id='s'>" + core + "</structure><structure id='t'><phid/></structure>"),
+            told("structure", "objectChangeStamp"));
+  EXPECT_EQ(lacks("<composition id='c'><phid/><objectChangeStamp/><hashcode/></composition>"),
+            told("composition", "ceStamp"));
+  EXPECT_EQ(lacks("<rel id='r'><childPhid/></rel>"), told("rel", "phid"));
+}
+
 TEST_F(TextTest, a_record_folder_stands_for_the_folder_above_it_and_is_no_record) {
   PutObject("work", "a.prt.1", "a.prt", Record("P1"));
   PutObject("work", "b.prt.1", "b.prt", Record("P1"));
