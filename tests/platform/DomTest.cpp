@@ -626,6 +626,33 @@ TEST_F(DomTest, AppendingTakesOverWithEveryHandle) {
   EXPECT_EQ(Text(target), "<r><t a=\"2\"><u/><u/></t><s><t/><u b=\"3\">text<v/></u></s></r>");
 }
 
+TEST_F(DomTest, lists_of_all_trees_follow_when_a_node_goes_from_one_to_another) {
+  const ZYMIDOMDocument_var source = Parse("<s><t><u>1</u></t><t/></s>");
+  const ZYMIDOMDocument_var target = Parse("<r><t>0</t></r>");
+  const ZYMIDOMElement_var moved = Item(Tagged(source, "t"), 0);
+  const ZYMIDOMNodeList_var ofSource = Tagged(source, "t");
+  const ZYMIDOMNodeList_var ofTarget = Tagged(target, "t");
+  const ZYMIDOMNodeList_var ofMoved = Tagged(moved, "u");
+  EXPECT_EQ(Length(ofSource), 2);
+  EXPECT_EQ(Length(ofTarget), 1);
+  EXPECT_EQ(Length(ofMoved), 1);
+  EXPECT_EQ(FirstText(Root(target), "u"), "as it was");
+  EXPECT_EQ(FirstText(Root(source), "u"), "1");
+
+  EXPECT_EQ(Append(Root(target), moved), S_OK);
+  EXPECT_EQ(Length(ofSource), 1);
+  EXPECT_EQ(Length(ofTarget), 2);
+  EXPECT_EQ(Length(ofMoved), 1);
+  EXPECT_EQ(FirstText(Root(target), "u"), "1");
+  EXPECT_EQ(FirstText(Root(source), "u"), "as it was");
+
+  EXPECT_EQ(Append(moved, Element(target, "u")), S_OK);
+  EXPECT_EQ(Length(ofMoved), 2);
+  EXPECT_EQ(Append(Root(source), Item(ofMoved, 0)), S_OK);
+  EXPECT_EQ(Length(ofMoved), 1);
+  EXPECT_EQ(FirstText(Root(source), "u"), "1");
+}
+
 TEST_F(DomTest, a_tree_grows_at_its_deepest_element_and_every_handle_moves_along) {
   constexpr int Depth = 50'000;
   const ZYMIDOMDocument_var document = Parse("<a><b>text</b></a>");

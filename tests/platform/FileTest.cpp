@@ -327,6 +327,16 @@ TEST_F(FileTest, read_gives_a_whole_file_of_any_size_and_refuses_what_is_no_file
       << "without a writer, opening would wait for one";
 }
 
+TEST_F(FileTest, a_listing_takes_the_place_of_what_was_listed_before_also_where_there_is_nothing) {
+  QELVARDOSFileLayer& layer = QELVARDOSFileLayer::System();
+  Put("file", "");
+  std::vector<std::string> names{"of another folder"};
+  EXPECT_FALSE(layer.List(root_, names));
+  EXPECT_EQ(names, std::vector<std::string>{"file"});
+  EXPECT_TRUE(layer.List(At("none"), names));
+  EXPECT_TRUE(names.empty());
+}
+
 /// How many files and folders this process has open.
 int OpenFiles() {
   const fs::directory_iterator open("/proc/self/fd");

@@ -95,6 +95,14 @@ TEST_F(PlainXmlTest, a_text_gets_one_verdict_whichever_parser_sees_it_and_the_qu
       {"<a>\b</a>", Refused},
       {"<a>\v\f</a>", Refused},
       {"<a>\x1F</a>", Refused},
+      // What is forbidden stands where a tag could begin.
+      {"<a>\x01"
+       "b/></a>",
+       Refused},
+      {"<a>\xFF"
+       "b/></a>",
+       Refused},
+      {"<a>]]>b/></a>", Refused},
       {"<a b=\"\x1E\"/>", Refused},
       {"<a\x0B/>", Refused},
       {"<a/>\x0C", Refused},
