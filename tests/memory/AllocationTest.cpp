@@ -170,6 +170,34 @@ TEST_F(AllocationTest, reading_a_record_ends_with_a_failure_or_with_the_whole_re
   }
 }
 
+TEST_F(AllocationTest, an_attribute_is_read_whole_or_the_record_is_not_and_what_is_read_next_is_judged_by_itself) {
+  const Client client;
+  const std::string core = "<phid/><objectChangeStamp/><ceStamp/><hashcode/>";
+  client.folder.Put("record.xml",
+                    "<object version='4.0'>" + core + "<structure id='" + Long + "'>" + core + "</structure></object>");
+  client.folder.Put("damaged.xml", "<object>");
+  struct Reading {
+    ZYMIXMLDOMDocumentBuilder_var builder;
+    ZYMIDOMDocument_var document;
+  };
+  const auto prepare = [] {
+    Reading reading;
+    CreateZYMIXMLDOMDocumentBuilder(reading.builder);
+    return reading;
+  };
+  const auto read = [&client](Reading& reading) {
+    return reading.builder->Parse(client.folder.At("record.xml"), {}, {}, reading.document);
+  };
+  for (const Faults& faults : {OneOfProgram, OneOfTrees}) {
+    FailEach(faults, prepare, read, [&client](const Reading& reading, std::optional<HRESULT> status, bool failed) {
+      EXPECT_TRUE(failed || Succeeded(status));
+      EXPECT_TRUE(!Succeeded(status) || Client::TextOf(reading.document).find(Long) != std::string::npos);
+      ZYMIDOMDocument_var damaged;
+      EXPECT_EQ(reading.builder->Parse(client.folder.At("damaged.xml"), {}, {}, damaged), E_FAIL);
+    });
+  }
+}
+
 TEST_F(AllocationTest, a_plain_text_is_read_where_it_stands_without_room_for_its_values) {
   const Client client;
   for (const auto& [behind, status] : {std::pair{"", S_OK}, std::pair{"<!---->", E_FAIL}}) {

@@ -326,6 +326,26 @@ TEST_F(RecordTest, releasing_a_long_chain_frees_all_of_it_through_whatever_list_
   }
 }
 
+TEST_F(RecordTest, releasing_a_bush_takes_no_more_room_than_its_records_and_frees_the_chain_beside_it) {
+  const ZYMIDOMNode_var object = Tree("<o/>");
+  const auto made = [&object] { return Record(ZYMMakeComponent<QELXVARDOSFullLRDObject>(object)); };
+  const Record bush = made();
+  Record last = made();
+  bush->AddChild(last);
+  for (int count = 0; count < Many / 2; ++count) {
+    const Record next = made();
+    last->AddChild(next);
+    last = next;
+  }
+  // Released before the chain, each with a few of its own.
+  for (int count = 0; count < 100; ++count) {
+    const Record twig = made();
+    bush->AddChild(twig);
+    twig->AddChild(made());
+    twig->AddChild(made());
+  }
+}
+
 TEST_F(RecordTest, the_circle_of_a_child_record_and_its_relationship_dies_with_the_object) {
   Record full = FullV4("<o/>");
   const Record parent = FullV4("<o/>");

@@ -401,6 +401,39 @@ TEST_F(RecordFileTest, the_status_of_folders_is_that_of_the_last_one_to_be_made)
   EXPECT_EQ(handler_->CreateAndHideLRDFolder({}), S_OK);
 }
 
+/// Flushes all folders but those of one name.
+class UnflushableLayer : public QELVARDOSFileLayerFilter {
+ public:
+  explicit UnflushableLayer(std::string folder) : QELVARDOSFileLayerFilter(System()), folder_(std::move(folder)) {
+    Use(this);
+  }
+  ~UnflushableLayer() override { Use(nullptr); }
+  std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) override {
+    std::vector<std::error_code> errors;
+    for (const std::string& folder : folders) {
+      errors.push_back(folder == folder_ ? std::make_error_code(std::errc::io_error) : std::error_code());
+    }
+    return errors;
+  }
+
+ private:
+  std::string folder_;
+};
+
+TEST_F(RecordFileTest, of_folders_that_may_be_lost_the_last_one_to_be_made_decides_the_status) {
+  const auto status = [this](const std::string& unflushable, const std::string& first, const std::string& last) {
+    for (const std::string& folder : {first, last}) {
+      std::filesystem::create_directory(folder_.At(folder));
+    }
+    UnflushableLayer layer(folder_.At(unflushable));
+    return handler_->CreateAndHideLRDFolder(
+        Records{At(first + "/.KORVANTHEMIX/1.xml"), At(last + "/.KORVANTHEMIX/1.xml")});
+  };
+  EXPECT_EQ(status("none", "a", "b"), S_OK);
+  EXPECT_EQ(status("c", "c", "d"), S_OK);
+  EXPECT_EQ(status("f", "e", "f"), E_FAIL);
+}
+
 TEST_F(RecordFileTest, a_builder_that_cannot_be_made_is_reported_with_the_line_of_its_constructor) {
   static std::vector<std::string> reports;
   reports.clear();
