@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -20,6 +21,8 @@ class Variant {
   virtual void Run() = 0;
   /// After the first run, not timed: throws when the work was not done as expected.
   virtual void Check() = 0;
+  /// The program that does the work, with its arguments; empty where this process does it.
+  virtual std::vector<std::string> Program() const { return {}; }
 };
 
 using MakeVariant = std::function<std::unique_ptr<Variant>()>;
@@ -49,6 +52,11 @@ struct Comparison {
   int repeats = 1;
 
   std::string Name() const { return work + "/" + std::to_string(objects); }
+  /// null when there is none.
+  const Reference* Floor() const {
+    const auto floor = std::ranges::find(references, "", &Reference::name);
+    return floor == references.end() ? nullptr : &*floor;
+  }
   std::string Name(const Reference& reference) const {
     return work + (reference.name.empty() ? "" : " to " + reference.name) + "/" + std::to_string(objects);
   }

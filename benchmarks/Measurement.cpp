@@ -11,6 +11,7 @@
 
 #include "benchmarks/Child.h"
 #include "benchmarks/Parts.h"
+#include "benchmarks/Worker.h"
 
 namespace {
 
@@ -134,6 +135,29 @@ double PeakOf(const std::string& role, const Comparison& comparison, const Setti
   return std::stod(Parts::ReadTextFile(output));
 }
 
+/// The instructions of a run of the program, or of what it does inside the function alone.
+double CountInstructions(const Arguments& program, const std::string& function, const Settings& settings) {
+  const std::string log = settings.data + "/instructions.log";
+  Arguments counted = {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", "--log-file=" + log};
+  if (!function.empty()) {
+    counted.insert(counted.end(), {"--collect-atstart=no", "--toggle-collect=" + function});
+  }
+  counted.insert(counted.end(), program.begin(), program.end());
+  RunProgram(counted);
+  const std::string said = Parts::ReadTextFile(log);
+  const std::string marker = "Collected : ";
+  const std::size_t at = said.find(marker);
+  Expect(at != std::string::npos, "a count of instructions in " + log);
+  return std::stod(said.substr(at + marker.size()));
+}
+
+double InstructionsOf(const std::string& role, const MakeVariant& make, const Comparison& comparison,
+                      const Settings& settings) {
+  const Arguments program = make()->Program();
+  return program.empty() ? CountInstructions(WorkerFor(role, comparison, settings), Worker::CountedFunction, settings)
+                         : CountInstructions(program, "", settings);
+}
+
 double Median(std::vector<double> numbers) {
   const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
   std::nth_element(numbers.begin(), middle, numbers.end());
@@ -239,4 +263,20 @@ void MeasureTrace(const Comparison& comparison, const Settings& settings, Result
   const double other = Median(timesWithout) * 1e6 / objects;
   results.Add({"trace switched off/" + std::to_string(comparison.objects), subject / other, subject, other,
                Result::Goal::MostRatio, 1.02});
+}
+
+void MeasureInstructions(const std::vector<Comparison>& comparisons, const Settings& settings, Results& results) {
+  constexpr int MostObjects = 10000;
+  for (const Comparison& comparison : comparisons) {
+    const Reference* const floor = comparison.Floor();
+    if (comparison.objects > MostObjects || floor == nullptr) {
+      continue;
+    }
+    Tell("instructions of " + comparison.Name());
+    const double objects = comparison.objects;
+    const double subject = InstructionsOf("instructions", comparison.subject, comparison, settings) / objects;
+    const double other = InstructionsOf("floor instructions", floor->make, comparison, settings) / objects;
+    results.Add({"instructions: " + comparison.Name(), subject / other, subject, other, Result::Goal::None, 0,
+                 Result::Kind::Instructions});
+  }
 }

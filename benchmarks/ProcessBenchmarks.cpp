@@ -35,6 +35,7 @@ class Process : public Variant {
 
   void Prepare() override {}
   void Run() override { RunProgram(arguments_, output_, folder_); }
+  Arguments Program() const override { return arguments_; }
 
  protected:
   Objects objects_;

@@ -40,6 +40,7 @@ void Take(Options& options, const std::string& name, const std::string& value) {
     settings.sizes = Numbers(value);
   } else if (name == "--runs") {
     settings.runs = std::stoi(value);
+    Expect(settings.runs >= 2, "at least 2 runs, since the median of one is none");
   } else if (name == "--most-recorded") {
     settings.mostRecorded = std::stoi(value);
   } else if (name == "--most-replaced") {
@@ -86,6 +87,10 @@ void Serve(const Options& options) {
   Expect(comparison != all.end(), "a comparison named " + options.only);
   if (options.role == "times") {
     Worker::PrintTimes(comparison->subject);
+  } else if (options.role == "instructions") {
+    Worker::RunCounted(comparison->subject);
+  } else if (options.role == "floor instructions") {
+    Worker::RunCounted(comparison->Floor()->make);
   } else {
     Worker::PrintGrowth(options.role == "growth" ? comparison->growth : comparison->subject);
   }
@@ -118,6 +123,7 @@ void MeasureAll(const Options& options, Results& results) {
     MeasureTrace(*traced, options.settings, results);
   }
   MeasureGrowth(here, options.settings, results);
+  MeasureInstructions(all, options.settings, results);
 }
 
 void PrintCircumstances() {
