@@ -6,10 +6,10 @@
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMFillDictionary.h"
 #include "recognition/ObjectsOfTree.h"
-#include "recognition/QELXVARDOSIdentifier.h"
 #include "recognition/RecognizeCall.h"
 #include "records/Dom.h"
 #include "records/HostLeave.h"
+#include "records/QELXVARDOSIdentifier.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 

@@ -1,4 +1,4 @@
-#include "recognition/QELXVARDOSIdentifier.h"
+#include "records/QELXVARDOSIdentifier.h"
 
 #include <string_view>
 
