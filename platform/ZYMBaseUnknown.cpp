@@ -7,18 +7,13 @@
 
 namespace {
 
-// A diagnosis, not a lock: two threads that create components at the same moment may lose a count, nothing else.
 std::atomic<std::int64_t> living{0};
-
-void CountLiving(std::int64_t change) noexcept {
-  living.store(living.load(std::memory_order_relaxed) + change, std::memory_order_relaxed);
-}
 
 }  // namespace
 
-ZYMBaseUnknown::ZYMBaseUnknown() { CountLiving(1); }
+ZYMBaseUnknown::ZYMBaseUnknown() { living.fetch_add(1, std::memory_order_relaxed); }
 
-ZYMBaseUnknown::~ZYMBaseUnknown() { CountLiving(-1); }
+ZYMBaseUnknown::~ZYMBaseUnknown() { living.fetch_sub(1, std::memory_order_relaxed); }
 
 std::int64_t ZYMBaseUnknown::LivingComponents() noexcept { return living.load(std::memory_order_relaxed); }
 

@@ -12,7 +12,11 @@ namespace {
 // time.
 struct Dictionary {
   std::mutex mutex;
-  std::unordered_map<std::string, std::unique_ptr<ZYMMetaObject>> metaObjects;
+  struct Class {
+    std::unique_ptr<ZYMMetaObject> meta;
+    int owners = 0;
+  };
+  std::unordered_map<std::string, Class> classes;
   std::unordered_map<std::string, ZYMFillDictionary::CreationFunction> creations;
   std::atomic<ZYMDictionaryObserver> observer = nullptr;
 
@@ -33,17 +37,20 @@ Dictionary& TheDictionary() {
 
 }  // namespace
 
-ZYMMetaObject* fct_RetrieveMetaObject(std::string_view className, const ZYMMetaObject* parent,
-                                      std::string_view baseName, std::string_view frameworkName,
-                                      const ZYMGuid* interfaceId) {
+namespace {
+
+/// owners: how many more of them the meta-object has.
+ZYMMetaObject* Retrieve(std::string_view className, const ZYMMetaObject* parent, std::string_view baseName,
+                        std::string_view frameworkName, const ZYMGuid* interfaceId, int owners) {
   Dictionary& dictionary = TheDictionary();
   std::unique_lock lock(dictionary.mutex);
-  std::unique_ptr<ZYMMetaObject>& place = dictionary.metaObjects[std::string(className)];
-  const bool added = place == nullptr;
+  Dictionary::Class& place = dictionary.classes[std::string(className)];
+  const bool added = place.meta == nullptr;
   if (added) {
-    place = std::make_unique<ZYMMetaObject>(className, parent, baseName, frameworkName, interfaceId);
+    place.meta = std::make_unique<ZYMMetaObject>(className, parent, baseName, frameworkName, interfaceId);
   }
-  ZYMMetaObject* const meta = place.get();
+  place.owners += owners;
+  ZYMMetaObject* const meta = place.meta.get();
   lock.unlock();
   if (added) {
     dictionary.Tell(ZYMDictionaryEvent::MetaObjectAdded, meta->IsA());
@@ -51,22 +58,33 @@ ZYMMetaObject* fct_RetrieveMetaObject(std::string_view className, const ZYMMetaO
   return meta;
 }
 
+void GiveUp(const std::string& className) {
+  Dictionary& dictionary = TheDictionary();
+  std::unique_lock lock(dictionary.mutex);
+  const auto found = dictionary.classes.find(className);
+  const bool removed = --found->second.owners == 0;
+  if (removed) {
+    dictionary.classes.erase(found);
+  }
+  lock.unlock();
+  if (removed) {
+    dictionary.Tell(ZYMDictionaryEvent::MetaObjectRemoved, className.c_str());
+  }
+}
+
+}  // namespace
+
+ZYMMetaObject* fct_RetrieveMetaObject(std::string_view className, const ZYMMetaObject* parent,
+                                      std::string_view baseName, std::string_view frameworkName,
+                                      const ZYMGuid* interfaceId) {
+  return Retrieve(className, parent, baseName, frameworkName, interfaceId, 0);
+}
+
 ZYMMetaObject* ZYMFindMetaObject(std::string_view className) {
   Dictionary& dictionary = TheDictionary();
   const std::lock_guard lock(dictionary.mutex);
-  const auto found = dictionary.metaObjects.find(std::string(className));
-  return found == dictionary.metaObjects.end() ? nullptr : found->second.get();
-}
-
-void ZYMForgetMetaObject(std::string_view className) {
-  const std::string name(className);
-  Dictionary& dictionary = TheDictionary();
-  std::unique_lock lock(dictionary.mutex);
-  const bool removed = dictionary.metaObjects.erase(name) != 0;
-  lock.unlock();
-  if (removed) {
-    dictionary.Tell(ZYMDictionaryEvent::MetaObjectRemoved, name.c_str());
-  }
+  const auto found = dictionary.classes.find(std::string(className));
+  return found == dictionary.classes.end() ? nullptr : found->second.meta.get();
 }
 
 void ZYMFillDictionary::RegisterFunctionCreation(const char* className, CreationFunction create) {
@@ -77,10 +95,14 @@ void ZYMFillDictionary::RegisterFunctionCreation(const char* className, Creation
   dictionary.Tell(ZYMDictionaryEvent::CreationAdded, className);
 }
 
-void ZYMFillDictionary::UnregisterFunctionCreation(const char* className) {
+void ZYMFillDictionary::UnregisterFunctionCreation(const char* className, CreationFunction create) {
   Dictionary& dictionary = TheDictionary();
   std::unique_lock lock(dictionary.mutex);
-  const bool removed = dictionary.creations.erase(className) != 0;
+  const auto found = dictionary.creations.find(className);
+  const bool removed = found != dictionary.creations.end() && found->second == create;
+  if (removed) {
+    dictionary.creations.erase(found);
+  }
   lock.unlock();
   if (removed) {
     dictionary.Tell(ZYMDictionaryEvent::CreationRemoved, className);
@@ -102,7 +124,6 @@ ZYMDictionaryObserver ZYMObserveDictionary(ZYMDictionaryObserver observer) {
 
 ZYMRegisteredMetaObject::ZYMRegisteredMetaObject(const char* className, const ZYMMetaObject* parent,
                                                  const ZYMGuid* interfaceId)
-    : className_(className),
-      meta_(fct_RetrieveMetaObject(className, parent, "ZYMNull", "QELXVARDOSClientImpl", interfaceId)) {}
+    : className_(className), meta_(Retrieve(className, parent, "ZYMNull", "QELXVARDOSClientImpl", interfaceId, 1)) {}
 
-ZYMRegisteredMetaObject::~ZYMRegisteredMetaObject() { ZYMForgetMetaObject(className_); }
+ZYMRegisteredMetaObject::~ZYMRegisteredMetaObject() { GiveUp(className_); }

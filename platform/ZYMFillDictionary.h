@@ -17,10 +17,6 @@ ZYM_EXPORT ZYMMetaObject* fct_RetrieveMetaObject(std::string_view className, con
 /// The registered meta-object of that name, or null; registers nothing.
 ZYM_EXPORT ZYMMetaObject* ZYMFindMetaObject(std::string_view className);
 
-/// Takes a meta-object out of the dictionary and destroys it. A module does so for its classes when it is unloaded; a
-/// name that is not registered is passed over.
-ZYM_EXPORT void ZYMForgetMetaObject(std::string_view className);
-
 class ZYM_EXPORT ZYMFillDictionary {
  public:
   /// Answers a new component with one reference, which is the caller's.
@@ -28,7 +24,8 @@ class ZYM_EXPORT ZYMFillDictionary {
 
   /// Registering a name again replaces its function. className is copied.
   static void RegisterFunctionCreation(const char* className, CreationFunction create);
-  static void UnregisterFunctionCreation(const char* className);
+  /// Takes back what was registered with the same function; another's stays.
+  static void UnregisterFunctionCreation(const char* className, CreationFunction create);
 };
 
 /// A new component of a registered class with one reference, the caller's; null for a name without creation function.
@@ -58,17 +55,22 @@ ZYM_EXPORT ZYMDictionaryObserver ZYMObserveDictionary(ZYMDictionaryObserver obse
 
 /// The bodies that ZYM_DECLARE_COMPONENT declares. Base: the C++ base class or, for the root of a family, the
 /// interface.
-#define ZYM_DEFINE_COMPONENT(Name, Base)                                                      \
+#define ZYM_DEFINE_COMPONENT(Name, Base) ZYM_DEFINE_COMPONENT_AS(Name, #Name, Base)
+
+/// The same under a name that differs from the class's own: the dictionary knows no namespaces.
+#define ZYM_DEFINE_COMPONENT_AS(Name, registeredName, Base)                                   \
   ZYMMetaObject* Name::MetaObject() {                                                         \
     static_assert(std::is_base_of_v<Base, Name>, "the meta-object's parent is the C++ base"); \
-    static const ZYMRegisteredMetaObject Meta(#Name, Base::MetaObject(), nullptr);            \
+    static const ZYMRegisteredMetaObject Meta(registeredName, Base::MetaObject(), nullptr);   \
     return Meta.Get();                                                                        \
   }                                                                                           \
   ZYMMetaObject* Name::GetMetaObject() const { return Name::MetaObject(); }                   \
   const char* Name::IsA() const { return Name::MetaObject()->IsA(); }                         \
   bool Name::IsAKindOf(const char* className) const { return Name::MetaObject()->IsAKindOf(className); }
 
-/// A meta-object that is registered on first use and forgotten when the module that holds it is unloaded.
+/// A meta-object that is registered on first use and given up when the module that holds it is unloaded. Modules may
+/// have classes of one name, such as two copies of one module: the first to come registers it, the last to go removes
+/// it.
 class ZYM_EXPORT ZYMRegisteredMetaObject {
  public:
   ZYMRegisteredMetaObject(const char* className, const ZYMMetaObject* parent, const ZYMGuid* interfaceId);

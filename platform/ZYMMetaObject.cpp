@@ -6,7 +6,7 @@ ZYMMetaObject::ZYMMetaObject(std::string_view className, const ZYMMetaObject* pa
       parent_(parent),
       baseName_(baseName),
       frameworkName_(frameworkName),
-      interfaceId_(interfaceId) {}
+      interfaceId_(interfaceId == nullptr ? std::nullopt : std::optional(*interfaceId)) {}
 
 bool ZYMMetaObject::IsAKindOf(std::string_view className) const noexcept {
   for (const ZYMMetaObject* meta = this; meta != nullptr; meta = meta->parent_) {
@@ -19,7 +19,7 @@ bool ZYMMetaObject::IsAKindOf(std::string_view className) const noexcept {
 
 bool ZYMMetaObject::Offers(std::string_view interfaceName) const noexcept {
   for (const ZYMMetaObject* meta = this; meta != nullptr; meta = meta->parent_) {
-    if (meta->interfaceId_ != nullptr && meta->className_ == interfaceName) {
+    if (meta->interfaceId_ && meta->className_ == interfaceName) {
       return true;
     }
   }

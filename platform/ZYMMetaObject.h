@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,7 @@
 /// identity. Meta-objects live in the class dictionary from their registration until their module is unloaded.
 class ZYM_EXPORT ZYMMetaObject {
  public:
-  /// parent: null for a root. interfaceId: null for an implementation class; not owned, must outlive this.
+  /// parent: null for a root. interfaceId: null for an implementation class; copied.
   ZYMMetaObject(std::string_view className, const ZYMMetaObject* parent, std::string_view baseName,
                 std::string_view frameworkName, const ZYMGuid* interfaceId);
 
@@ -20,7 +21,7 @@ class ZYM_EXPORT ZYMMetaObject {
   /// True when this or a parent is the interface of that identity.
   bool Offers(const ZYMGuid& interfaceId) const noexcept {
     for (const ZYMMetaObject* meta = this; meta != nullptr; meta = meta->parent_) {
-      if (meta->interfaceId_ != nullptr && *meta->interfaceId_ == interfaceId) {
+      if (meta->interfaceId_ && *meta->interfaceId_ == interfaceId) {
         return true;
       }
     }
@@ -38,5 +39,5 @@ class ZYM_EXPORT ZYMMetaObject {
   const ZYMMetaObject* parent_;
   std::string baseName_;
   std::string frameworkName_;
-  const ZYMGuid* interfaceId_;
+  std::optional<ZYMGuid> interfaceId_;
 };

@@ -19,14 +19,14 @@ struct InterfaceRegistration {
 
 // Named without the vocabulary, which is not loaded yet.
 constexpr const char* HandlerClass = "QELXVARDOSRecognitionHandler";
+constexpr auto Create = &CreateBOAQELXIVARDOSRecognitionHandlerQELXVARDOSRecognitionHandler;
 
 struct CreationRegistration {
   CreationRegistration() {
     QELXVARDOSRecognitionHandler::MetaObject();
-    ZYMFillDictionary::RegisterFunctionCreation(HandlerClass,
-                                                CreateBOAQELXIVARDOSRecognitionHandlerQELXVARDOSRecognitionHandler);
+    ZYMFillDictionary::RegisterFunctionCreation(HandlerClass, Create);
   }
-  ~CreationRegistration() { ZYMFillDictionary::UnregisterFunctionCreation(HandlerClass); }
+  ~CreationRegistration() { ZYMFillDictionary::UnregisterFunctionCreation(HandlerClass, Create); }
   CreationRegistration(const CreationRegistration&) = delete;
   CreationRegistration& operator=(const CreationRegistration&) = delete;
 };

@@ -34,7 +34,7 @@ bool WriteText(const ZYMIDOMNode_var& node, std::string& text, const XmlWriter::
 
 }  // namespace
 
-ZYM_DEFINE_COMPONENT(DocumentBuilder, ZYMIXMLDOMDocumentBuilder)
+ZYM_DEFINE_COMPONENT_AS(DocumentBuilder, "ZYMDom::DocumentBuilder", ZYMIXMLDOMDocumentBuilder)
 
 HRESULT DocumentBuilder::CreateDocument(ZYMIDOMDocument_var& document) {
   document = DomDocument::Of(std::make_unique<DomStorage>());

@@ -9,7 +9,7 @@
 
 namespace ZYMDom {
 
-ZYM_DEFINE_COMPONENT(DomNodeList, ZYMIDOMNodeList)
+ZYM_DEFINE_COMPONENT_AS(DomNodeList, "ZYMDom::DomNodeList", ZYMIDOMNodeList)
 
 DomNodeList::DomNodeList(const NodeAnchor& root)
     : root_(root.Storage(), root.Node()), revision_(root.Storage().Revision()) {}

@@ -69,20 +69,25 @@ TEST(ThreadsTest, each_thread_records_recognises_and_fails_with_objects_of_its_o
 }
 
 class Made : public ZYMBaseUnknown {};
+ZYMBaseUnknown* Make() { return new Made; }
 
 /// Registers, finds and forgets classes, one of its own and one that all threads register.
 void UseRegistry(const std::string& own, const std::string& shared) {
-  const ZYMMetaObject* const meta = fct_RetrieveMetaObject(own, ZYMBaseUnknown::MetaObject(), "", "");
-  EXPECT_EQ(ZYMFindMetaObject(own), meta);
-  // Whoever comes first registers it; all get the same one.
-  const ZYMMetaObject* const first = fct_RetrieveMetaObject(shared, nullptr, "", "");
-  EXPECT_EQ(ZYMFindMetaObject(shared), first);
-  ZYMForgetMetaObject(own);
+  {
+    const ZYMRegisteredMetaObject meta(own.c_str(), ZYMBaseUnknown::MetaObject(), nullptr);
+    EXPECT_EQ(ZYMFindMetaObject(own), meta.Get());
+    // Whoever comes first registers it; all get the same one, as long as one of them keeps it.
+    const ZYMRegisteredMetaObject first(shared.c_str(), nullptr, nullptr);
+    EXPECT_EQ(ZYMFindMetaObject(shared), first.Get());
+    EXPECT_EQ(fct_RetrieveMetaObject(shared, nullptr, "", ""), first.Get());
+  }
   EXPECT_EQ(ZYMFindMetaObject(own), nullptr);
 
-  ZYMFillDictionary::RegisterFunctionCreation(own.c_str(), []() -> ZYMBaseUnknown* { return new Made; });
+  ZYMFillDictionary::RegisterFunctionCreation(own.c_str(), &Make);
   EXPECT_TRUE(ZYMBaseUnknown_var::Adopt(ZYMCreateByName(own.c_str())));
-  ZYMFillDictionary::UnregisterFunctionCreation(own.c_str());
+  ZYMFillDictionary::UnregisterFunctionCreation(own.c_str(), nullptr);
+  EXPECT_TRUE(ZYMBaseUnknown_var::Adopt(ZYMCreateByName(own.c_str()))) << "another's is left alone";
+  ZYMFillDictionary::UnregisterFunctionCreation(own.c_str(), &Make);
   EXPECT_EQ(ZYMCreateByName(own.c_str()), nullptr);
 }
 
@@ -90,11 +95,10 @@ TEST(ThreadsTest, classes_come_are_asked_for_and_go_in_several_threads) {
   // One thread does one thing alone: nothing but that one's own lock keeps it apart from what the others do.
   const std::vector<void (*)(const char* name)> alone = {
       [](const char* name) { ZYMFindMetaObject(name); },
-      [](const char* name) { ZYMForgetMetaObject(name); },
-      [](const char* name) { fct_RetrieveMetaObject(name, nullptr, "", ""); },
+      [](const char* name) { const ZYMRegisteredMetaObject meta(name, nullptr, nullptr); },
       [](const char* name) { ZYMCreateByName(name); },
       [](const char* name) { ZYMFillDictionary::RegisterFunctionCreation(name, nullptr); },
-      [](const char* name) { ZYMFillDictionary::UnregisterFunctionCreation(name); },
+      [](const char* name) { ZYMFillDictionary::UnregisterFunctionCreation(name, nullptr); },
   };
   constexpr int Rounds = 50;
   const auto shared = [](int round) { return "shared " + std::to_string(round); };
@@ -106,9 +110,8 @@ TEST(ThreadsTest, classes_come_are_asked_for_and_go_in_several_threads) {
       }
     });
     for (int round = 0; round < Rounds; ++round) {
-      ZYMForgetMetaObject(shared(round));
-      ZYMForgetMetaObject("0 " + std::to_string(round));
-      ZYMFillDictionary::UnregisterFunctionCreation(("0 " + std::to_string(round)).c_str());
+      EXPECT_EQ(ZYMFindMetaObject(shared(round)), nullptr);
+      ZYMFillDictionary::UnregisterFunctionCreation(("0 " + std::to_string(round)).c_str(), nullptr);
     }
   }
 }
