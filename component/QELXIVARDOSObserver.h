@@ -1,5 +1,7 @@
 #pragma once
 
+#include "component/QELXVARDOSReason.h"
+#include "platform/ZYMIDOM.h"
 #include "platform/ZYMUnicodeString.h"
 
 /// What a host may be told while an operation of the module runs. The host implements what it wants to hear of; it
@@ -32,4 +34,8 @@ class QELXIVARDOSObserver {
   /// folder as it was and no temporary file; the file layer is told Failed, operation_canceled, of every record file
   /// that would have changed.
   virtual bool MayGoOn(Stage /*stage*/, int /*done*/, int /*all*/) { return true; }
+
+  /// Verdict and stamps are written into an object of a request; the reason lives as long as the call. Before the error
+  /// of a record that lacks what it must have, RecordDamaged is told, and nothing is written.
+  virtual void Decided(const ZYMIDOMElement_var& /*object*/, const QELXVARDOSReason& /*reason*/) {}
 };

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "fuzz/FuzzInput.h"
+#include "platform/ZYMIDOMLook.h"
 #include "platform/ZYMNullHandleError.h"
 #include "recognition/QELXVARDOSRecognitionFactory.h"
-#include "records/Dom.h"
 
 namespace {
 

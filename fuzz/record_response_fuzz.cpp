@@ -7,9 +7,9 @@
 
 #include "fuzz/FuzzInput.h"
 #include "platform/QELVARDOSFileTransaction.h"
+#include "platform/ZYMIDOMLook.h"
 #include "platform/ZYMNullHandleError.h"
 #include "recognition/QELXVARDOSRecognitionFactory.h"
-#include "records/Dom.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
 namespace {

@@ -69,22 +69,23 @@ class Reader {
   explicit Reader(std::string file) : file_(std::move(file)) {}
 
   Configuration Read() {
-    const ZYMIDOMElement_var root = RootOf(ParseXml(file_));
-    if (NameOf(root) != "configuration") {
-      Refuse("the document element is <" + NameOf(root) + ">, not <configuration>");
+    const ZYMIDOMElement_var root = RootElement(ParseXml(file_));
+    if (NodeName(root).Str() != "configuration") {
+      Refuse("the document element is <" + NodeName(root).Str() + ">, not <configuration>");
     }
     Allow(root, {"cad", "identifier"});
     const std::string cad = Required(root, "cad");
-    identifier_ = AttributeOf(root, "identifier");
-    for (const ZYMIDOMElement_var& element : ChildElementsOf(root)) {
+    identifier_ = Attribute(root, "identifier").Str();
+    ForEachChildElement(root, [this](const ZYMIDOMElement_var& element) {
       ReadElement(element);
-    }
+      return true;
+    });
     return Result(cad);
   }
 
  private:
   void ReadElement(const ZYMIDOMElement_var& element) {
-    const std::string name = NameOf(element);
+    const std::string name = NodeName(element).Str();
     if (name == "type") {
       Allow(element, {"name", "identifier", "classes"});
       AddType(types_, element);
@@ -97,20 +98,20 @@ class Reader {
     } else {
       Refuse("unknown element <" + name + ">");
     }
-    if (const auto nested = ChildElementsOf(element); !nested.empty()) {
-      Refuse("unknown element <" + NameOf(nested.front()) + "> in <" + name + ">");
-    }
+    ForEachChildElement(element, [&](const ZYMIDOMElement_var& nested) -> bool {
+      Refuse("unknown element <" + NodeName(nested).Str() + "> in <" + name + ">");
+    });
   }
 
   void AddType(Types& types, const ZYMIDOMElement_var& element) const {
     const std::string name = Required(element, "name");
-    Type type{HasAttribute(element, "identifier") ? AttributeOf(element, "identifier") : identifier_, {}};
-    std::istringstream classes(AttributeOf(element, "classes"));
+    Type type{HasAttribute(element, "identifier") ? Attribute(element, "identifier").Str() : identifier_, {}};
+    std::istringstream classes(Attribute(element, "classes").Str());
     for (std::string category; classes >> category;) {
       type.classes.insert(category);
     }
     if (!types.emplace(name, std::move(type)).second) {
-      Refuse("<" + NameOf(element) + " name=\"" + name + "\"> is given twice");
+      Refuse("<" + NodeName(element).Str() + " name=\"" + name + "\"> is given twice");
     }
   }
 
@@ -125,18 +126,20 @@ class Reader {
   }
 
   void Allow(const ZYMIDOMElement_var& element, std::initializer_list<std::string_view> known) const {
-    for (const std::string& name : AttributeNamesOf(element)) {
-      if (std::find(known.begin(), known.end(), name) == known.end()) {
-        Refuse("unknown attribute \"" + name + "\" of <" + NameOf(element) + ">");
+    ZYMUnicodeStringList names;
+    element->getAttributeNames(names);
+    for (const ZYMUnicodeString& name : std::as_const(names)) {
+      if (std::find(known.begin(), known.end(), name.View()) == known.end()) {
+        Refuse("unknown attribute \"" + name.Str() + "\" of <" + NodeName(element).Str() + ">");
       }
     }
   }
 
   std::string Required(const ZYMIDOMElement_var& element, const char* name) const {
     if (!HasAttribute(element, name)) {
-      Refuse("<" + NameOf(element) + "> lacks the attribute \"" + name + "\"");
+      Refuse("<" + NodeName(element).Str() + "> lacks the attribute \"" + name + "\"");
     }
-    return AttributeOf(element, name);
+    return Attribute(element, name).Str();
   }
 
   [[noreturn]] void Refuse(const std::string& reason) const { throw HostError(UnusableInput, file_ + ": " + reason); }

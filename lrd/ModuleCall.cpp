@@ -56,10 +56,10 @@ QELXIVARDOSRecognitionHandler_var RecognitionHandlerFor(QELXVARDOSRecognitionFac
                                                         const Configuration& configuration,
                                                         const ZYMIDOMElement_var& root, const std::string& command) {
   QELXIVARDOSRecognitionHandler_var handler;
-  factory.GetRecognitionHandler(command.empty() ? AttributeOf(root, "cname") : command, configuration.object, root,
+  factory.GetRecognitionHandler(command.empty() ? Attribute(root, "cname").Str() : command, configuration.object, root,
                                 handler);
   if (handler.IsNull()) {
-    throw HostError(ModuleRefused, "no recognition handler serves <" + NameOf(root) + ">");
+    throw HostError(ModuleRefused, "no recognition handler serves <" + NodeName(root).Str() + ">");
   }
   return handler;
 }

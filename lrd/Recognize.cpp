@@ -28,11 +28,12 @@ struct Options {
 void PrintSummary(const ZYMIDOMElement_var& request) {
   std::map<std::string, int> verdicts;
   int objects = 0;
-  if (const ZYMIDOMElement_var list = FirstBelow(request, "cadobjectlist")) {
-    for (const ZYMIDOMElement_var& object : ChildElementsOf(list)) {
-      ++verdicts[AttributeOf(object, "status")];
+  if (const ZYMIDOMElement_var list = FirstElement(request, "cadobjectlist")) {
+    ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
+      ++verdicts[Attribute(object, "status").Str()];
       ++objects;
-    }
+      return true;
+    });
   }
   std::string line = std::to_string(objects) + (objects == 1 ? " object" : " objects");
   const char* separator = ": ";
@@ -62,10 +63,10 @@ int RecognizeRequest(const Options& options) {
   const XmlOutput output(options.output);
   const Configuration configuration = ReadConfiguration(options.configuration);
   const ZYMIDOMDocument_var document = ParseXml(options.request);
-  const ZYMIDOMElement_var request = RootOf(document);
+  const ZYMIDOMElement_var request = RootElement(document);
   FormatWatch formats;
   const ModuleAnswer answer = CallHandler(options, configuration, request, formats);
-  if (FirstBelow(request, "cadobjectlist").IsNull()) {
+  if (FirstElement(request, "cadobjectlist").IsNull()) {
     Complain(options.request, "has no list of objects (<cadobjectlist>)");
   }
   EndWhenAsked();

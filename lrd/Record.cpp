@@ -55,8 +55,8 @@ void RequireFittingRequest(const Options& options, const QELXIVARDOSLRDXMLHandle
 void RequireHandler(const Options& options, const QELXIVARDOSLRDXMLHandler_var& handler,
                     const ZYMIDOMElement_var& response) {
   if (handler.IsNull()) {
-    throw HostError(ModuleRefused, options.response + ": no handler serves <" + NameOf(response) + " cname=\"" +
-                                       AttributeOf(response, "cname") + "\">");
+    throw HostError(ModuleRefused, options.response + ": no handler serves <" + NodeName(response).Str() + " cname=\"" +
+                                       Attribute(response, "cname").Str() + "\">");
   }
 }
 
@@ -158,10 +158,10 @@ int Report(const Options& options, const Outcome& outcome) {
 int RecordResponse(const Options& options) {
   const Configuration configuration = ReadConfiguration(options.configuration);
   const ZYMIDOMDocument_var responseDocument = ParseXml(options.response);
-  const ZYMIDOMElement_var response = RootOf(responseDocument);
+  const ZYMIDOMElement_var response = RootElement(responseDocument);
   const QELXIVARDOSLRDXMLHandler_var handler = ChooseHandler(configuration, response);
   RequireFittingRequest(options, handler);
-  const ZYMIDOMElement_var request = options.request.empty() ? nullptr : RootOf(ParseXml(options.request));
+  const ZYMIDOMElement_var request = options.request.empty() ? nullptr : RootElement(ParseXml(options.request));
 
   DryRunLayer memory(QELVARDOSFileLayer::System());
   const FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::System());

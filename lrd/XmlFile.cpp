@@ -81,68 +81,6 @@ ZYMIDOMDocument_var ParseXml(const std::string& file) {
   return document;
 }
 
-ZYMIDOMElement_var RootOf(const ZYMIDOMDocument_var& document) {
-  ZYMIDOMElement_var root;
-  document->getDocumentElement(root);
-  return root;
-}
-
-std::string NameOf(const ZYMIDOMElement_var& element) {
-  ZYMUnicodeString name;
-  element->getNodeName(name);
-  return name.Str();
-}
-
-std::string AttributeOf(const ZYMIDOMElement_var& element, const char* name) {
-  ZYMUnicodeString value;
-  element->getAttribute(name, value);
-  return value.Str();
-}
-
-bool HasAttribute(const ZYMIDOMElement_var& element, const char* name) {
-  bool present = false;
-  element->hasAttribute(name, present);
-  return present;
-}
-
-std::vector<ZYMIDOMElement_var> ChildElementsOf(const ZYMIDOMElement_var& element) {
-  ZYMIDOMNodeList_var children;
-  int length = 0;
-  element->getChildNodes(children);
-  children->getLength(length);
-  std::vector<ZYMIDOMElement_var> elements;
-  for (int i = 0; i < length; ++i) {
-    ZYMIDOMNode_var child;
-    children->item(i, child);
-    if (const ZYMIDOMElement_var childElement = child) {
-      elements.push_back(childElement);
-    }
-  }
-  return elements;
-}
-
-ZYMIDOMElement_var FirstBelow(const ZYMIDOMElement_var& element, const char* name) {
-  ZYMIDOMNodeList_var found;
-  ZYMIDOMNode_var first;
-  element->getElementsByTagName(name, found);
-  found->item(0, first);
-  return first;
-}
-
-// A tree answers whether an attribute is there, but not which ones are; its text does.
-std::vector<std::string> AttributeNamesOf(const ZYMIDOMElement_var& element) {
-  const std::string text = TextOf(element);
-  const std::string start = "<" + NameOf(element);
-  std::vector<std::string> names;
-  std::size_t at = text.find_first_not_of(" \t\r\n", text.find(start) + start.size());
-  while (text[at] != '>' && text[at] != '/') {
-    const std::size_t quote = text.find_first_of("'\"", at);
-    names.push_back(text.substr(at, text.find_first_of(" \t\r\n=", at) - at));
-    at = text.find_first_not_of(" \t\r\n", text.find(text[quote], quote + 1) + 1);
-  }
-  return names;
-}
-
 XmlOutput::XmlOutput(const std::string& file) {
   if (file == "-") {
     return;

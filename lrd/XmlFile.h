@@ -1,25 +1,14 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "platform/ZYMIDOM.h"
+#include "platform/ZYMIDOMLook.h"
 
 namespace lrd {
 
 /// The document in a file. A file that is missing, unreadable or not well-formed ends the command.
 ZYMIDOMDocument_var ParseXml(const std::string& file);
 ZYMIXMLDOMDocumentBuilder_var MakeDocumentBuilder();
-
-ZYMIDOMElement_var RootOf(const ZYMIDOMDocument_var& document);
-std::string NameOf(const ZYMIDOMElement_var& element);
-std::string AttributeOf(const ZYMIDOMElement_var& element, const char* name);
-bool HasAttribute(const ZYMIDOMElement_var& element, const char* name);
-std::vector<ZYMIDOMElement_var> ChildElementsOf(const ZYMIDOMElement_var& element);
-/// The first element of that name below the element, or null.
-ZYMIDOMElement_var FirstBelow(const ZYMIDOMElement_var& element, const char* name);
-/// The names of the element's attributes as they stand in its start tag.
-std::vector<std::string> AttributeNamesOf(const ZYMIDOMElement_var& element);
 
 /// Where a command leaves its document.
 class XmlOutput {

@@ -33,7 +33,8 @@ class ZYM_EXPORT QELVARDOSClientTrace {
 #endif
 
   /// Writes one message: literal text, strings, integers and handles (as the class name of the component), joined
-  /// without a gap. One line end at the end of a message is its own and not doubled.
+  /// without a gap; of a function what it answers, which is not asked while the channel is off. One line end at the end
+  /// of a message is its own and not doubled.
   template <typename... Pieces>
   void Write(const Pieces&... pieces) const {
     if (IsOn()) {
@@ -60,6 +61,10 @@ class ZYM_EXPORT QELVARDOSClientTrace {
   static void Append(std::string& line, const ZYMHandle<Interface>& handle) {
     line += handle.IsNull() ? "null" : handle->IsA();
   }
+  template <std::invocable Function>
+  static void Append(std::string& line, const Function& function) {
+    Append(line, function());
+  }
   void WriteLine(std::string_view line) const;
 
   const char* name_;
@@ -83,6 +88,7 @@ class ZYM_EXPORT QELVARDOSClientTraceStep {
 
   /// Writes the return marker with the status and answers the status.
   HRESULT Return(HRESULT status) const { return Close(channel_, status); }
+  bool Return(bool answer) const { return Close(channel_, answer ? 1 : 0) != 0; }
   /// The return marker of a step whose object is gone already, for code that walks without recursion.
   static HRESULT Close(const QELVARDOSClientTrace& channel, HRESULT status) {
     channel.Write("returns ", status);

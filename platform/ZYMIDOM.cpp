@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "platform/Steps.h"
 #include "platform/ZYMFillDictionary.h"
+#include "platform/ZYMIDOMLook.h"
 #include "platform/dom/DocumentBuilder.h"
 
 ZYM_DEFINE_INTERFACE(ZYMIDOMNode, ZYMBaseUnknown)
@@ -12,26 +14,44 @@ ZYM_DEFINE_INTERFACE(ZYMIDOMDocument, ZYMIDOMNode)
 ZYM_DEFINE_INTERFACE(ZYMIDOMNodeList, ZYMBaseUnknown)
 ZYM_DEFINE_INTERFACE(ZYMIXMLDOMDocumentBuilder, ZYMBaseUnknown)
 
-HRESULT ZYMIDOMElement::getTextOfFirst(const ZYMUnicodeString& /*name*/, bool& /*found*/, ZYMUnicodeString& /*text*/) {
-  return E_NOTIMPL;
+HRESULT ZYMIDOMElement::getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) {
+  ZYMIDOMNodeList_var elements;
+  ZYMIDOMNode_var first;
+  ZYMIDOMNode_var child;
+  const HRESULT status = UntilFailure([&] { return getElementsByTagName(name, elements); },
+                                      [&] { return elements ? elements->item(0, first) : S_OK; },
+                                      [&] { return first ? first->getFirstChild(child) : S_OK; },
+                                      [&] { return child ? child->getNodeValue(text) : S_OK; });
+  found = static_cast<bool>(first);
+  return status;
 }
 
-HRESULT ZYMIDOMElement::getFirstElement(const ZYMUnicodeStringList& /*names*/, ZYMIDOMElement_var& /*child*/) {
-  return E_NOTIMPL;
+HRESULT ZYMIDOMElement::visitChildElements(const ZYMUnicodeStringList& names,
+                                           const std::function<bool(const ZYMIDOMElement_var& child)>& visit) {
+  ForEachChild(ZYMIDOMNode_var(this), [&](const ZYMIDOMNode_var& child) {
+    const ZYMIDOMElement_var element(child);
+    return element.IsNull() || (names.Size() != 0 && names.Locate(NodeName(element)) == 0) || visit(element);
+  });
+  return S_OK;
 }
 
-HRESULT ZYMIDOMElement::getNextElement(const ZYMUnicodeStringList& /*names*/, ZYMIDOMElement_var& /*sibling*/) {
-  return E_NOTIMPL;
+HRESULT ZYMIDOMElement::getAttributeNames(ZYMUnicodeStringList& /*names*/) { return E_NOTIMPL; }
+
+HRESULT ZYMIDOMElement::appendTextElement(const ZYMIDOMDocument_var& document, const ZYMUnicodeString& name,
+                                          const ZYMUnicodeString& value) {
+  ZYMIDOMElement_var element;
+  ZYMIDOMText_var text;
+  ZYMIDOMNode_var appended;
+  return UntilFailure(
+      [&] { return document->createElement(name, element); }, [&] { return document->createTextNode(value, text); },
+      [&] { return element->appendChild(text, appended); }, [&] { return appendChild(element, appended); });
 }
 
-HRESULT ZYMIDOMElement::appendTextElement(const ZYMUnicodeString& /*name*/, const ZYMUnicodeString& /*value*/) {
-  return E_NOTIMPL;
-}
-
-HRESULT ZYMIXMLDOMDocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString& /*rootName*/,
-                                                          ZYMIDOMDocument_var& /*document*/,
-                                                          ZYMIDOMElement_var& /*root*/) {
-  return E_NOTIMPL;
+HRESULT ZYMIXMLDOMDocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString& rootName,
+                                                          ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) {
+  ZYMIDOMNode_var appended;
+  return UntilFailure([&] { return CreateDocument(document); }, [&] { return document->createElement(rootName, root); },
+                      [&] { return document->appendChild(root, appended); });
 }
 
 HRESULT ZYMIXMLDOMDocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string&& /*bytes*/,

@@ -59,18 +59,22 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
   virtual HRESULT setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) = 0;
   virtual HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) = 0;
 
-  /// Short cuts for what is done most, with the effect of the operations above. A tree offers all of them or answers
-  /// E_NOTIMPL, and the long way is taken. One that offers them never fails to read an attribute.
+  /// Short cuts for what is done most. Each has a body in terms of the operations above, which a tree may override with
+  /// a faster one of the same effect.
   ///
   /// Whether getElementsByTagName has a first item and, if that has a first child, the child's value.
   virtual HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text);
-  /// The first child that is an element of one of these names; without names, the first that is an element. null when
-  /// there is none.
-  virtual HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child);
-  /// The same among those behind this element that have the same parent.
-  virtual HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling);
-  /// Makes an element with one text node, which is there even when the value is empty, the last child.
-  virtual HRESULT appendTextElement(const ZYMUnicodeString& name, const ZYMUnicodeString& value);
+  /// Calls visit with each child that is an element of one of these names, without names with each that is an element,
+  /// in document order until it answers false. The children must stay the same meanwhile.
+  virtual HRESULT visitChildElements(const ZYMUnicodeStringList& names,
+                                     const std::function<bool(const ZYMIDOMElement_var& child)>& visit);
+  /// Makes an element with one text node, which is there even when the value is empty, the last child. document: the
+  /// one that this element belongs to.
+  virtual HRESULT appendTextElement(const ZYMIDOMDocument_var& document, const ZYMUnicodeString& name,
+                                    const ZYMUnicodeString& value);
+
+  /// Appends the names of the attributes, in the order in which they stand. A tree that cannot tell answers E_NOTIMPL.
+  virtual HRESULT getAttributeNames(ZYMUnicodeStringList& names);
 };
 
 class ZYM_EXPORT ZYMIDOMText : public ZYMIDOMNode {
@@ -111,12 +115,11 @@ class ZYM_EXPORT ZYMIXMLDOMDocumentBuilder : public ZYMBaseUnknown {
   virtual HRESULT Parse(const ZYMUnicodeString& path, const ZYMUnicodeStringList& optionNames,
                         const ZYMUnicodeStringList& optionValues, ZYMIDOMDocument_var& document) = 0;
   /// Writes a document, or an element with all below it, as a whole file, an XML declaration first and nothing added.
-  /// "ZYMEncoding" = "UTF-8" is known. The file at path is replaced at once or not at all; within an open
-  /// QELVARDOSFileTransaction it is replaced when that is committed. A tree that XML cannot hold (a character that it
-  /// forbids, a name that is none) and a file that cannot be written: E_FAIL, LastError tells why.
+  /// "ZYMEncoding" = "UTF-8" is known. The file at path is replaced at once or not at all. A tree that XML cannot hold
+  /// (a character that it forbids, a name that is none) and a file that cannot be written: E_FAIL, LastError tells why.
   virtual HRESULT Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path,
                         const ZYMUnicodeStringList& optionNames, const ZYMUnicodeStringList& optionValues) = 0;
-  /// A short cut: a document with a root element of that name. A builder that does not offer it answers E_NOTIMPL.
+  /// A short cut: a document with a root element of that name.
   virtual HRESULT CreateDocumentWithRoot(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                          ZYMIDOMElement_var& root);
   /// The text that Write would write, handed to sink piece by piece until it answers false. A builder that cannot tell

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
 /// How many element children a list has.

@@ -1,9 +1,9 @@
 #include "recognition/QELXVARDOSRecognitionFactory.h"
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/ZYMIDOMLook.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
-#include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
 namespace {

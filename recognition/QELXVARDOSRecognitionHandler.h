@@ -1,12 +1,9 @@
 #pragma once
 
-#include <optional>
-
 #include "component/QELXIVARDOSRecognitionHandler.h"
 #include "platform/QELIVARDOSGlobalConfigObject.h"
 #include "platform/ZYMIDOMNode_varZYMUnicodeStringDico.h"
 #include "platform/ZYMUnicodeStringZYMUnicodeStringDico.h"
-#include "records/QELXVARDOSLRDFactory.h"
 
 /// Recognition against the local records. A verdict comes from the first of these that applies: the physical id that
 /// the request gives the object; the object's own record file; the entry of the object in the record file of its
@@ -68,36 +65,12 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   HRESULT UpdateRelNode(const ZYMIDOMNode_var& node, const QELXIVARDOSLRDObject_var& record);
 
  private:
-  class RecognizeCall;
-  struct Found;
-
-  HRESULT RecognizeObject(const ZYMIDOMElement_var& object, const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& lrdMap,
-                          ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap, ZYMUnicodeString& version);
-  /// By the object's entry in another object's record.
-  void RecognizeAsEntry(const ZYMIDOMElement_var& object, const QELXIVARDOSLRDObject_var& requestRecord,
-                        const QELXIVARDOSLRDObject_var& record, Found& found, ZYMUnicodeString& version);
-  void RecognizeFromOwnRecord(const QELXIVARDOSLRDObject_var& record, Found& found, ZYMUnicodeString& version);
-  HRESULT RecognizeFromRel(const QELXIVARDOSLRDObject_var& requestRecord, const QELXIVARDOSLRDObject_var& diskRecord,
-                           QELXIVARDOSLRDObject_var& child);
-  HRESULT getLRDObject(const ZYMIDOMNode_var& cadObject, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
-                       QELXIVARDOSLRDObject_var& record);
-  int ShouldCheckInParent(const ZYMIDOMNode_var& cadObject);
-
-  /// The stamp of a file whose modification time is known.
-  static ZYMUnicodeString TracedStamp(const ZYMUnicodeString& path, std::int64_t modified);
-  /// The paths that GetObjectFileLRDFileFromComposition finds.
-  std::optional<QELXVARDOSLRDFactory::Paths> PathsInComposition(const ZYMIDOMNode_var& cadObject,
-                                                                ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap);
-  /// The paths of an object whose record file exists.
-  std::optional<QELXVARDOSLRDFactory::Paths> PathsWithRecord(const ZYMIDOMNode_var& cadObject);
   /// The CAD system's name for record paths. Some clients hand it in as the command; the others' configuration knows
   /// it.
   ZYMUnicodeString CadName() const;
 
   ZYMUnicodeString command_;
   QELIVARDOSGlobalConfigObject_var config_;
-  /// What the objects of one Recognize share; null outside of it.
-  RecognizeCall* call_ = nullptr;
   QELXIVARDOSObserver* observer_ = nullptr;
 };
 

@@ -7,13 +7,16 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPathUtils.h"
+#include "platform/Steps.h"
+#include "platform/ZYMIDOMLook.h"
+#include "recognition/ObjectsById.h"
 #include "recognition/ObjectsOfTree.h"
-#include "recognition/RecognizeCall.h"
-#include "records/Dom.h"
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "recognition/SharedRecord.h"
 #include "records/FileStamp.h"
 #include "records/QELXVARDOSIdentifier.h"
 #include "records/QELXVARDOSLRDConstants.h"
-#include "records/Steps.h"
+#include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
 namespace {
@@ -24,11 +27,17 @@ const QELVARDOSClientTrace& Trace = Channels.details;
 using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
-using Paths = QELXVARDOSLRDFactory::Paths;
 
-void Put(const Paths& found, ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+/// Whether the object's record file exists; paths then holds its paths and nothing else.
+bool TakePathsWithRecord(const ZYMUnicodeString& cadName, const ZYMIDOMNode_var& cadObject,
+                         ZYMUnicodeStringZYMUnicodeStringDico& paths) {
+  const QELXVARDOSLRDFactory::Paths found = QELXVARDOSLRDFactory().PathsOf(cadName, ZYMIDOMElement_var(cadObject));
+  if (!QELVARDOSPathUtils::Exists(found.recordFile)) {
+    return false;
+  }
   paths.RemoveAll();
   found.PutInto(paths);
+  return true;
 }
 
 /// Who reads the records that a tree carries; null when nobody serves it.
@@ -113,40 +122,22 @@ HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMap(const ZYMIDOMNode_var& node
 HRESULT QELXVARDOSRecognitionHandler::getCadidObjectNodeMap(const ZYMIDOMNode_var& cadobjectlist,
                                                             ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::getCadidObjectNodeMap");
-  const HRESULT status = ForEachCadId(cadobjectlist, [&](const ZYMIDOMElement_var& object, const auto& cadId) {
-    if (!cadId.IsEmpty()) {
-      nodeMap.Insert(cadId, object);
-    }
-  });
-  return step.Return(status);
+  return step.Return(ObjectsById::MapInto(cadobjectlist, nodeMap));
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition(const ZYMIDOMNode_var& cadObject,
                                                                           ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap,
                                                                           ZYMUnicodeStringZYMUnicodeStringDico& paths) {
-  if (const std::optional<Paths> found = PathsInComposition(cadObject, nodeMap); found) {
-    Put(*found, paths);
-  }
-  return S_OK;
-}
-
-std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsInComposition(
-    const ZYMIDOMNode_var& cadObject, ZYMIDOMNode_varZYMUnicodeStringDico& nodeMap) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition");
   ZYMUnicodeStringList compositions;
   QELXVARDOSIdentifier(cadObject).IdentifyComposition(compositions);
-  std::optional<Paths> paths;
   for (const ZYMUnicodeString& cadId : std::as_const(compositions)) {
-    const auto& objects = call_ == nullptr ? nodeMap : call_->Filled(nodeMap);
-    if (const ZYMIDOMNode_var* node = objects.Find(cadId); node != nullptr) {
-      paths = PathsWithRecord(*node);
-    }
-    if (paths || (call_ != nullptr && call_->DoubtOnObject())) {
+    const ZYMIDOMNode_var* const object = nodeMap.Find(cadId);
+    if (object != nullptr && TakePathsWithRecord(CadName(), *object, paths)) {
       break;
     }
   }
-  step.Return(S_OK);
-  return paths;
+  return step.Return(S_OK);
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent(const ZYMIDOMNode_var& cadObject,
@@ -156,28 +147,12 @@ HRESULT QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent(const ZYMID
   ZYMUnicodeStringList parents;
   QELXVARDOSIdentifier(cadObject).IdentifyParent(parents);
   if (parents.Size() != 0) {
-    if (const ZYMIDOMNode_var node = nodeMap[parents[1]]; node) {
-      if (const std::optional<Paths> found = PathsWithRecord(node); found) {
-        Put(*found, paths);
-      } else {
-        GetObjectFileLRDFileFromComposition(cadObject, nodeMap, paths);
-      }
+    const ZYMIDOMNode_var parent = nodeMap[parents[1]];
+    if (parent && !TakePathsWithRecord(CadName(), parent, paths)) {
+      GetObjectFileLRDFileFromComposition(cadObject, nodeMap, paths);
     }
   }
   return step.Return(S_OK);
-}
-
-std::optional<QELXVARDOSLRDFactory::Paths> QELXVARDOSRecognitionHandler::PathsWithRecord(
-    const ZYMIDOMNode_var& cadObject) {
-  Paths paths = QELXVARDOSLRDFactory().PathsOf(CadName(), cadObject);
-  if (call_ == nullptr) {
-    return QELVARDOSPathUtils::Exists(paths.recordFile) ? std::optional(std::move(paths)) : std::nullopt;
-  }
-  const QELVARDOSFileFacts& facts = call_->ParentFacts(paths.recordFile);
-  if (facts.error) {
-    call_->CannotTell(paths.recordFile, facts.error);
-  }
-  return facts.Exists() ? std::optional(std::move(paths)) : std::nullopt;
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList(const QELXIVARDOSLRDObject_varList& a,
@@ -192,13 +167,8 @@ HRESULT QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList(const QELXI
 
 ZYMUnicodeString& QELXVARDOSRecognitionHandler::GetFileTimeStamp(ZYMUnicodeString& stamp,
                                                                  const ZYMUnicodeString& path) {
-  stamp = TracedStamp(path, QELVARDOSPathUtils::GetModificationTime(path));
-  return stamp;
-}
-
-ZYMUnicodeString QELXVARDOSRecognitionHandler::TracedStamp(const ZYMUnicodeString& path, std::int64_t modified) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetFileTimeStamp");
-  ZYMUnicodeString stamp = StampOf(modified);
+  stamp = StampOf(QELVARDOSPathUtils::GetModificationTime(path));
   Trace.Write("File stamp for file ", path, " is : ", stamp);
   step.Return(S_OK);
   return stamp;

@@ -2,8 +2,8 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMFillDictionary.h"
+#include "platform/ZYMIDOMLook.h"
 #include "recognition/ObjectsOfTree.h"
-#include "records/Dom.h"
 #include "records/HostLeave.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
@@ -18,11 +18,20 @@ const QELVARDOSClientTrace& Trace = Channels.details;
 using Step = QELVARDOSClientTraceStep;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 
-const ZYMUnicodeString& VerdictOf(const ZYMIDOMElement_var& object, const ZYMUnicodeString& physicalId) {
+using Reason = QELXVARDOSReason;
+
+Reason::Kind WhyDecided(const ZYMIDOMElement_var& object, bool asNew, const ZYMUnicodeString& physicalId) {
   if (physicalId.IsEmpty()) {
-    return Word::Unknown;
+    return asNew ? Reason::Kind::MarkedAsNew : Reason::Kind::NoPhysicalId;
   }
-  return Attribute(object, Word::Modified) == Word::UpperTrue ? Word::ModifiedVerdict : Word::Exists;
+  return Attribute(object, Word::Modified) == Word::UpperTrue ? Reason::Kind::MarkedAsModified
+                                                              : Reason::Kind::PhysicalIdGiven;
+}
+
+const ZYMUnicodeString& VerdictOf(Reason::Kind why) {
+  return why == Reason::Kind::PhysicalIdGiven    ? Word::Exists
+         : why == Reason::Kind::MarkedAsModified ? Word::ModifiedVerdict
+                                                 : Word::Unknown;
 }
 
 void MakePresent(const ZYMIDOMElement_var& object, const ZYMUnicodeString& attribute) {
@@ -73,7 +82,8 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_va
   }
   const bool asNew = Attribute(object, Word::RecognizeAsNew) == Word::True;
   const ZYMUnicodeString physicalId = asNew ? ZYMUnicodeString() : Attribute(object, Word::Phid);
-  const ZYMUnicodeString& verdict = VerdictOf(object, physicalId);
+  const Reason::Kind why = WhyDecided(object, asNew, physicalId);
+  const ZYMUnicodeString& verdict = VerdictOf(why);
   Trace.Write("Object cadId : ", Attribute(object, Word::CadId), " is recognisezd as : ", verdict);
 
   object->setAttribute(Word::Status, verdict);
@@ -81,6 +91,9 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_va
   MakePresent(object, Word::CEStamp);
   MakePresent(object, Word::MacroCEStamp);
   object->setAttribute(FormatVersion::Attribute, version);
+  if (observer_ != nullptr) {
+    observer_->Decided(object, Reason{why, {}, {}, {}, {}, {}});
+  }
   return step.Return(S_OK);
 }
 

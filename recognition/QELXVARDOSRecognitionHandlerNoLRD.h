@@ -42,5 +42,5 @@ class QELXVARDOSRecognitionHandlerNoLRD : public QELXIVARDOSRecognitionHandler {
   QELXIVARDOSObserver* observer_ = nullptr;
 
   /// Recognises objects that have a physical id as this class does.
-  friend class QELXVARDOSRecognitionHandler;
+  friend class Recognition;
 };

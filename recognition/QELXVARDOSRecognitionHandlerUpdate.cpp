@@ -1,10 +1,12 @@
 // The write-back of the handler: values from records into requests, and from requests into records and their files.
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/ZYMIDOMLook.h"
 #include "recognition/ObjectsOfTree.h"
-#include "recognition/RecognizeCall.h"
-#include "records/Dom.h"
+#include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "recognition/RequestRelationships.h"
 #include "records/QELXVARDOSLRDConstants.h"
+#include "records/QELXVARDOSLRDFactory.h"
 #include "records/QELXVARDOSLRDObject.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
@@ -139,11 +141,7 @@ HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMapForCache(const ZYMIDOMNode_v
 HRESULT QELXVARDOSRecognitionHandler::UpdateRelNode(const ZYMIDOMNode_var& node, const Record& record) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::UpdateRelNode");
   if (record->GetChildRelationships().Size() != 0) {
-    if (call_ == nullptr) {
-      RequestRelationships(node).Complete(record);
-    } else {
-      call_->Relationships().Complete(record);
-    }
+    RequestRelationships(node).Complete(record);
   }
   return step.Return(S_OK);
 }

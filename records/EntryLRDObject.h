@@ -1,10 +1,10 @@
 #pragma once
 
 #include "component/QELXVARDOSTraceChannels.h"
-#include "records/Dom.h"
+#include "platform/Steps.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDObject.h"
-#include "records/Steps.h"
 
 /// What child and composition records share, told once: each is an entry in the record file of another object, an
 /// element with an "id". The layers below are what the formats "0.0", "1.0" and "4.0" made of them; Self is the class

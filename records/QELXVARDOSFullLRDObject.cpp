@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/Steps.h"
 #include "platform/ZYMFillDictionary.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
-#include "records/Steps.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSFullLRDObject, QELXVARDOSLRDObject)
 ZYM_DEFINE_COMPONENT(QELXVARDOSFullLRDObject_V1, QELXVARDOSFullLRDObject)

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "component/QELXVARDOSTraceChannels.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
 namespace {

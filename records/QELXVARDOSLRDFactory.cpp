@@ -7,7 +7,7 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPath.h"
 #include "platform/QELXVARDOSCreoUtil.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSChildLRDObject.h"
 #include "records/QELXVARDOSCompositionLRDObject.h"
 #include "records/QELXVARDOSFullLRDObject.h"

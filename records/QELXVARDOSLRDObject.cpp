@@ -8,12 +8,12 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSSystemUtils.h"
+#include "platform/Steps.h"
 #include "platform/ZYMFillDictionary.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/FileStamp.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
-#include "records/Steps.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDObject, QELXIVARDOSLRDObject)
 
@@ -26,8 +26,6 @@ using Step = QELVARDOSClientTraceStep;
 
 const ZYMUnicodeString Empty;
 
-// The same step in the trace, whether the tree makes such a node at once or piece by piece.
-constexpr const char* CreateTextNodeStep = "QELXVARDOSLRDObject::CreateTextNode";
 constexpr const char* GetChildObjectStep = "QELXVARDOSLRDObject::GetChildObject";
 
 using PendingReleases = std::vector<QELXIVARDOSLRDObject_var>;
@@ -160,34 +158,13 @@ HRESULT QELXVARDOSLRDObject::CreateDocument(const ZYMUnicodeString& rootName, ZY
   if (const HRESULT status = CreateZYMIXMLDOMDocumentBuilder(builder, XML4C); FAILED(status)) {
     return status;
   }
-  if (const HRESULT status = builder->CreateDocumentWithRoot(rootName, document, root); status != E_NOTIMPL) {
-    return status;
-  }
-  ZYMIDOMNode_var appended;
-  return UntilFailure([&] { return builder->CreateDocument(document); },
-                      [&] { return document->createElement(rootName, root); },
-                      [&] { return document->appendChild(root, appended); });
-}
-
-HRESULT QELXVARDOSLRDObject::CreateTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
-                                            const ZYMIDOMDocument_var& document, ZYMIDOMElement_var& element) {
-  const Step step(Trace, CreateTextNodeStep);
-  ZYMIDOMText_var text;
-  ZYMIDOMNode_var appended;
-  return step.Return(UntilFailure([&] { return document->createElement(tag, element); },
-                                  [&] { return document->createTextNode(value, text); },
-                                  [&] { return element->appendChild(text, appended); }));
+  return builder->CreateDocumentWithRoot(rootName, document, root);
 }
 
 HRESULT QELXVARDOSLRDObject::AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
                                             const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
-  if (const HRESULT status = parent->appendTextElement(tag, value); status != E_NOTIMPL) {
-    return Step(Trace, CreateTextNodeStep).Return(status);
-  }
-  ZYMIDOMElement_var added;
-  ZYMIDOMNode_var appended;
-  return UntilFailure([&] { return CreateTextNode(tag, value, document, added); },
-                      [&] { return parent->appendChild(added, appended); });
+  const Step step(Trace, "QELXVARDOSLRDObject::CreateTextNode");
+  return step.Return(parent->appendTextElement(document, tag, value));
 }
 
 HRESULT QELXVARDOSLRDObject::AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
@@ -353,6 +330,7 @@ HRESULT QELXVARDOSLRDObject::updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObje
 void QELXVARDOSLRDObject::ReadRequiredText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag,
                                            ZYMUnicodeString& value) {
   if (!TakeTextOfFirst(element, tag, value)) {
+    QELVARDOSSystemUtils::SetLastError("<" + NodeName(element).Str() + "> lacks the element <" + tag.Str() + ">");
     ZYMRaiseNullHandle(ZYMIDOMNode::ClassName());
   }
 }

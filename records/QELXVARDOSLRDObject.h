@@ -78,9 +78,6 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   /// The stamp of the file that the element names; empty without "filename" and without a file.
   HRESULT GetLocalFileStamp(const ZYMIDOMElement_var& element, ZYMUnicodeString& stamp);
 
-  /// An element with one text node, which is there even when the value is empty; it stands nowhere yet.
-  HRESULT CreateTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
-                         const ZYMIDOMDocument_var& document, ZYMIDOMElement_var& element);
   HRESULT AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
   HRESULT AddObjectChangeStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
   HRESULT AddCEStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);

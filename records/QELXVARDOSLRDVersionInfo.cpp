@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include "platform/ZYMIDOMLook.h"
 #include "platform/ZYMLoadOrder.h"
-#include "records/Dom.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
 namespace {

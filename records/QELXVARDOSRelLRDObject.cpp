@@ -1,10 +1,10 @@
 #include "records/QELXVARDOSRelLRDObject.h"
 
 #include "component/QELXVARDOSTraceChannels.h"
+#include "platform/Steps.h"
 #include "platform/ZYMFillDictionary.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
-#include "records/Steps.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSRelLRDObject, QELXVARDOSLRDObject)
 ZYM_DEFINE_COMPONENT(QELXVARDOSRelLRDObject_V3, QELXVARDOSRelLRDObject)

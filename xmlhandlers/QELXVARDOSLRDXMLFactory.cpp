@@ -3,7 +3,7 @@
 #include <array>
 
 #include "component/QELXVARDOSTraceChannels.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "xmlhandlers/QELXVARDOSLRDCadObjDetailsResponseXMLHandler.h"
 #include "xmlhandlers/QELXVARDOSLRDCheckinExResponseXMLHandler.h"

@@ -10,7 +10,7 @@
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMCheckFailure.h"
 #include "platform/ZYMFillDictionary.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
 #include "records/HostLeave.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"

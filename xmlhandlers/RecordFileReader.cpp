@@ -6,7 +6,8 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSSystemUtils.h"
-#include "records/Dom.h"
+#include "platform/ZYMIDOMLook.h"
+#include "platform/ZYMNullHandleError.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
@@ -136,6 +137,9 @@ HRESULT RecordFileReader::Take(const ZYMUnicodeString& path, std::string bytes, 
     }
     const HRESULT taken = TakeDocument(path, document, record);
     return step.Return(FAILED(taken) ? taken : status);
+  } catch (const ZYMNullHandleError&) {
+    QELVARDOSSystemUtils::SetLastError(path.Str() + ": " + QELVARDOSSystemUtils::LastError());
+    throw;
   } catch (const std::bad_alloc&) {
     error = std::make_error_code(std::errc::not_enough_memory);
   }

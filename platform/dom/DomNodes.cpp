@@ -19,19 +19,19 @@ bool IsOneOf(const ZYMUnicodeStringList& names, const char* name) {
 }
 
 /// Among node and the siblings behind it.
-ZYMIDOMElement_var FirstElementFrom(DomStorage& storage, pugi::xml_node node, const ZYMUnicodeStringList& names) {
+pugi::xml_node FirstElementFrom(const DomStorage& storage, pugi::xml_node node, const ZYMUnicodeStringList& names) {
   while (node && (!IsOneOf(names, node.name()) || node.type() != pugi::node_element)) {
     node = storage.NextSibling(node);
   }
-  return node ? ZYMIDOMElement_var::Adopt(new DomElement(storage, node)) : nullptr;
+  return node;
 }
 
 }  // namespace
 
-ZYM_DEFINE_COMPONENT(DomElement, ZYMIDOMElement)
-ZYM_DEFINE_COMPONENT(DomText, ZYMIDOMText)
-ZYM_DEFINE_COMPONENT(DomOtherNode, ZYMIDOMNode)
-ZYM_DEFINE_COMPONENT(DomDocument, ZYMIDOMDocument)
+ZYM_DEFINE_COMPONENT_AS(DomElement, "ZYMDom::DomElement", ZYMIDOMElement)
+ZYM_DEFINE_COMPONENT_AS(DomText, "ZYMDom::DomText", ZYMIDOMText)
+ZYM_DEFINE_COMPONENT_AS(DomOtherNode, "ZYMDom::DomOtherNode", ZYMIDOMNode)
+ZYM_DEFINE_COMPONENT_AS(DomDocument, "ZYMDom::DomDocument", ZYMIDOMDocument)
 
 HRESULT DomElement::getElementsByTagName(const ZYMUnicodeString& name, ZYMIDOMNodeList_var& elements) {
   return ElementsByTagName(anchor_, name, elements);
@@ -67,21 +67,29 @@ HRESULT DomElement::getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZY
   return S_OK;
 }
 
-HRESULT DomElement::getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child) {
-  child = FirstElementFrom(anchor_.Storage(), anchor_.Node().first_child(), names);
+HRESULT DomElement::visitChildElements(const ZYMUnicodeStringList& names,
+                                       const std::function<bool(const ZYMIDOMElement_var& child)>& visit) {
+  DomStorage& storage = anchor_.Storage();
+  pugi::xml_node child = FirstElementFrom(storage, anchor_.Node().first_child(), names);
+  while (child && visit(ZYMIDOMElement_var::Adopt(new DomElement(storage, child)))) {
+    child = FirstElementFrom(storage, storage.NextSibling(child), names);
+  }
   return S_OK;
 }
 
-HRESULT DomElement::getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling) {
-  sibling = FirstElementFrom(anchor_.Storage(), anchor_.Storage().NextSibling(anchor_.Node()), names);
-  return S_OK;
-}
-
-HRESULT DomElement::appendTextElement(const ZYMUnicodeString& name, const ZYMUnicodeString& value) {
+HRESULT DomElement::appendTextElement(const ZYMIDOMDocument_var& /*document*/, const ZYMUnicodeString& name,
+                                      const ZYMUnicodeString& value) {
   if (HoldsNul(name) || HoldsNul(value)) {
     return E_FAIL;
   }
   anchor_.Storage().AppendTextElement(anchor_.Node(), name.CStr(), value.CStr());
+  return S_OK;
+}
+
+HRESULT DomElement::getAttributeNames(ZYMUnicodeStringList& names) {
+  for (const pugi::xml_attribute& attribute : anchor_.Node().attributes()) {
+    names.Append(attribute.name());
+  }
   return S_OK;
 }
 

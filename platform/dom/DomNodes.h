@@ -19,9 +19,11 @@ class DomElement final : public AnchoredNode<ZYMIDOMElement> {
   HRESULT setAttribute(const ZYMUnicodeString& name, const ZYMUnicodeString& value) override;
   HRESULT hasAttribute(const ZYMUnicodeString& name, bool& present) override;
   HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text) override;
-  HRESULT getFirstElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& child) override;
-  HRESULT getNextElement(const ZYMUnicodeStringList& names, ZYMIDOMElement_var& sibling) override;
-  HRESULT appendTextElement(const ZYMUnicodeString& name, const ZYMUnicodeString& value) override;
+  HRESULT visitChildElements(const ZYMUnicodeStringList& names,
+                             const std::function<bool(const ZYMIDOMElement_var& child)>& visit) override;
+  HRESULT appendTextElement(const ZYMIDOMDocument_var& document, const ZYMUnicodeString& name,
+                            const ZYMUnicodeString& value) override;
+  HRESULT getAttributeNames(ZYMUnicodeStringList& names) override;
 
  private:
   KnownAttributes& Attributes() const noexcept { return anchor_.Storage().Attributes(); }

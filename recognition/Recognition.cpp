@@ -1,0 +1,424 @@
+#include "recognition/Recognition.h"
+
+#include <charconv>
+#include <utility>
+
+#include "component/QELXVARDOSTraceChannels.h"
+#include "platform/QELVARDOSFileError.h"
+#include "platform/QELVARDOSSystemUtils.h"
+#include "platform/ZYMNullHandleError.h"
+#include "recognition/ObjectsOfTree.h"
+#include "records/FileStamp.h"
+#include "records/HostLeave.h"
+#include "records/QELXVARDOSIdentifier.h"
+#include "records/QELXVARDOSLRDConstants.h"
+#include "records/QELXVARDOSLRDVersionInfo.h"
+#include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
+
+namespace {
+
+ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
+const QELVARDOSClientTrace& Trace = Channels.details;
+
+using Step = QELVARDOSClientTraceStep;
+using Reason = QELXVARDOSReason;
+
+QELVARDOSFileFacts Facts(const ZYMUnicodeString& path) { return QELVARDOSFileLayer::Current().Stat(path.Str()); }
+
+RecordFileReader ReaderFor(const Recognition::Client& client) {
+  const auto files = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>(client.config);
+  files->SetObserver(client.observer);
+  return files->Reader();
+}
+
+/// The stamps of a record as they are written back; all empty without one.
+struct Stamps {
+  explicit Stamps(const QELXIVARDOSLRDObject_var& record) {
+    if (record) {
+      physicalId = &record->GetPhysicalId();
+      ceStamp = &record->GetCEStamp();
+      hashcode = &record->GetHashcode();
+      macroCEStamp = record->GetMacroCEStamp();
+      xsStamp = record->GetXSStamp();
+    }
+  }
+
+  inline static const ZYMUnicodeString None;
+  const ZYMUnicodeString* physicalId = &None;
+  const ZYMUnicodeString* ceStamp = &None;
+  const ZYMUnicodeString* hashcode = &None;
+  ZYMUnicodeString macroCEStamp;
+  ZYMUnicodeString xsStamp;
+};
+
+Reason::Kind WhyModified(const QELVARDOSFileFacts& file, const ZYMUnicodeString& recordStamp) {
+  if (recordStamp.IsEmpty()) {
+    return Reason::Kind::RecordWithoutStamp;
+  }
+  std::int64_t seconds = 0;
+  const std::string_view text = recordStamp.View();
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    return Reason::Kind::StampIsNoTime;
+  }
+  return file.modified < seconds ? Reason::Kind::FileOlder : Reason::Kind::FileNewer;
+}
+
+}  // namespace
+
+/// What the request says of an object before it is recognised.
+struct Recognition::Asked {
+  explicit Asked(const ZYMIDOMElement_var& object)
+      : physicalId(Attribute(object, Word::Phid)),
+        cadId(Attribute(object, Word::CadId)),
+        ceStamp(Attribute(object, Word::CEStamp)),
+        xsStamp(HasAttribute(object, Word::XSStamp) ? Attribute(object, Word::XSStamp) : Word::NotPresent) {}
+
+  ZYMUnicodeString physicalId;
+  ZYMUnicodeString cadId;
+  ZYMUnicodeString ceStamp;
+  ZYMUnicodeString xsStamp;
+};
+
+/// What is written into an object that was looked up among the records, and why.
+struct Recognition::Found {
+  const ZYMUnicodeString* verdict = &Stamps::None;
+  /// Whose stamps are written; null: none are known.
+  Record record;
+  ZYMUnicodeString objectChangeStamp;
+  Reason::Kind why = Reason::Kind::NoRecord;
+  /// What the object was looked for by in another's record.
+  ZYMUnicodeString identifier;
+};
+
+Recognition::Recognition(Client client, const ZYMIDOMElement_var& request, const ZYMIDOMElement_var& list)
+    : client_(std::move(client)),
+      request_(request),
+      list_(list),
+      objects_(list),
+      reader_(ReaderFor(client_)),
+      byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(client_.command)) {
+  byPhysicalId_->SetObserver(client_.observer);
+}
+
+HRESULT Recognition::Run(const RecordMap& requestRecords) {
+  HRESULT status = ReadIds();
+  version_ = QELXVARDOSLRDVersionInfo().GetLRDVersion(request_);
+  if (FAILED(status)) {
+    return status;
+  }
+  const HostLeave leave(client_.observer, HostLeave::Stage::Recognizing,
+                        client_.observer == nullptr ? 0 : CountObjects(list_));
+  int done = 0;
+  ForEachChildElement(list_, [&](const ZYMIDOMElement_var& element) {
+    status = done > 0 ? leave.Ask(done) : S_OK;
+    if (SUCCEEDED(status)) {
+      status = Recognize(element, requestRecords);
+    }
+    ++done;
+    return SUCCEEDED(status);
+  });
+  return status;
+}
+
+/// Nothing is touched when an id cannot be read.
+HRESULT Recognition::ReadIds() {
+  const HRESULT status = Step(Trace, "QELXVARDOSRecognitionHandler::getCadidObjectNodeMap").Return(objects_.Status());
+  Trace.Write(" Size of CADId XML Node Map = ", [this] { return objects_.Size(); });
+  Trace.Write(" Number of cadobjlist child nodes = ", [&] { return SUCCEEDED(status) ? ChildCount(list_) : 0; });
+  return status;
+}
+
+HRESULT Recognition::Recognize(const ZYMIDOMElement_var& element, const RecordMap& requestRecords) {
+  const Asked asked(element);
+  const Record requestRecord = asked.cadId.IsEmpty() ? Record() : requestRecords[asked.cadId];
+  HRESULT status = S_OK;
+  if (!asked.physicalId.IsEmpty()) {
+    Trace.Write("Recognizing the object using physicalId of object cadid : ", asked.cadId);
+    status = byPhysicalId_->RecognizePerNode(element, version_);
+  } else {
+    Trace.Write("Recognizing the object using LRD of object cadid : ", asked.cadId);
+    status = RecognizeByRecords(element, asked, requestRecord);
+  }
+  if (requestRecord) {
+    requestRecord->UpdateLRDObjectFromXML(element);
+  }
+  return status;
+}
+
+HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const Asked& asked,
+                                        const Record& requestRecord) {
+  Object object{element, {}, {}, {}, {}};
+  Found found;
+  SharedRecord* record = nullptr;
+  HRESULT status = S_OK;
+  try {
+    status = getLRDObject(object, record);
+  } catch (const ZYMNullHandleError&) {
+    found.why = Reason::Kind::RecordDamaged;
+    Tell(object, found);
+    throw;
+  }
+  if (object.doubt) {
+    found.why = Reason::Kind::CannotBeLookedAt;
+    QELVARDOSSystemUtils::SetLastError(object.doubt->path.Str() + ": " + object.doubt->reason.message());
+    Trace.Write("Cannot be looked at : ", QELVARDOSSystemUtils::LastError());
+  } else if (record == nullptr) {
+    Trace.Write("No LRD file on disc");
+    found.why = FAILED(status) ? Reason::Kind::RecordDamaged : object.why;
+    found.verdict = &Word::Unknown;
+  } else {
+    Trace.Write("LRD file present on disc");
+    if (record->Get()->GetStateFlag()) {
+      DecideByEntry(object, requestRecord, *record, found);
+    } else {
+      DecideByStamps(object, record->Get(), found);
+    }
+  }
+  if (!object.doubt && Attribute(element, Word::Modified) == Word::UpperTrue && found.verdict != &Word::Unknown) {
+    found.verdict = &Word::ModifiedVerdict;
+    found.why = Reason::Kind::MarkedAsModified;
+  }
+  WriteBack(object, asked, found);
+  Tell(object, found);
+  return status;
+}
+
+/// record stays null where there is none.
+HRESULT Recognition::getLRDObject(Object& object, SharedRecord*& record) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::getLRDObject");
+  object.paths = factory_.PathsOf(client_.cadName, object.element);
+  object.file = Facts(object.paths.objectFile.ToString());
+  const bool inParent = ShouldCheckInParent(object);
+  // The paths of the object itself stand unless a composition has a record, so a parent is never asked.
+  object.composition = inParent ? PathsInComposition(object) : std::nullopt;
+  if (Attribute(object.element, Word::RecognizeAsNew) == Word::UpperTrue) {
+    if (object.composition || Facts(object.paths.recordFile).Exists()) {
+      Trace.Write("Object is marked as recognise as new ");
+    }
+    object.why = Reason::Kind::MarkedAsNew;
+    object.doubt.reset();
+    return step.Return(S_OK);
+  }
+  if (object.doubt) {
+    return step.Return(E_FAIL);
+  }
+  const HRESULT status = object.composition ? ReadShared(object, record) : ReadOwn(object, record);
+  if (record != nullptr && object.file.error && !inParent) {
+    record = nullptr;
+    return step.Return(CannotTell(object, object.paths.objectFile.ToString(), object.file.error));
+  }
+  if (record != nullptr) {
+    const Paths& place = object.composition ? *object.composition : object.paths;
+    record->Get()->SetObjectFilePath(place.objectFile);
+    record->Get()->SetStateFlag(inParent);
+  }
+  return step.Return(status);
+}
+
+/// Whether the object is looked for in the record of its composition. What could not be looked at matters only where
+/// the two answers lead to different records.
+bool Recognition::ShouldCheckInParent(Object& object) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::ShouldCheckInParent");
+  ZYMUnicodeStringList compositions;
+  QELXVARDOSIdentifier(object.element).IdentifyComposition(compositions);
+  if (object.file.kind == QELVARDOSFileFacts::Kind::Missing) {
+    return step.Return(true);
+  }
+  if (compositions.Size() == 0) {
+    return step.Return(false);
+  }
+  const QELVARDOSFileFacts own = Facts(object.paths.recordFile);
+  if (own.kind == QELVARDOSFileFacts::Kind::Missing) {
+    return step.Return(true);
+  }
+  if (client_.config->IsTypeInCategory(Attribute(object.element, Word::Type),
+                                       QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE)) {
+    return step.Return(true);
+  }
+  if (object.file.error) {
+    CannotTell(object, object.paths.objectFile.ToString(), object.file.error);
+  } else if (own.error) {
+    CannotTell(object, object.paths.recordFile, own.error);
+  }
+  return step.Return(false);
+}
+
+/// The paths of the first object of the composition that has a record file. One that cannot be looked at ends the
+/// search.
+std::optional<Recognition::Paths> Recognition::PathsInComposition(Object& object) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromComposition");
+  ZYMUnicodeStringList compositions;
+  QELXVARDOSIdentifier(object.element).IdentifyComposition(compositions);
+  std::optional<Paths> found;
+  for (auto cadId = compositions.begin(); cadId != compositions.end() && !found && !object.doubt; ++cadId) {
+    if (const ZYMIDOMNode_var* member = objects_.Find(*cadId); member != nullptr) {
+      Paths paths = factory_.PathsOf(client_.cadName, ZYMIDOMElement_var(*member));
+      const QELVARDOSFileFacts& facts = shared_.At(paths.recordFile).facts;
+      if (facts.error) {
+        CannotTell(object, paths.recordFile, facts.error);
+      } else if (facts.Exists()) {
+        found = std::move(paths);
+      }
+    }
+  }
+  step.Return(S_OK);
+  return found;
+}
+
+HRESULT Recognition::ReadShared(Object& object, SharedRecord*& record) {
+  const ZYMUnicodeString& recordFile = object.composition->recordFile;
+  SharedRecords::File& file = shared_.At(recordFile);
+  if (!file.read) {
+    Record read;
+    std::error_code error;
+    const HRESULT status = reader_.ReadIfPresent(recordFile, read, error);
+    if (error && SUCCEEDED(status)) {
+      // It was there when the composition was looked for.
+      return CannotTell(object, recordFile, QELVARDOSFileError::ChangedMeanwhile);
+    }
+    if (RecordFileReader::LeavesOpen(error, recordFile)) {
+      return CannotTell(object, recordFile, error);
+    }
+    if (FAILED(status)) {
+      return status;
+    }
+    file.record = SharedRecord(read);
+    file.read = true;
+  }
+  record = file.record.Get() ? &file.record : nullptr;
+  object.why = Reason::Kind::NoKnownRecord;
+  return S_OK;
+}
+
+HRESULT Recognition::ReadOwn(Object& object, SharedRecord*& record) {
+  const ZYMUnicodeString& recordFile = object.paths.recordFile;
+  Record read;
+  std::error_code error;
+  const HRESULT status = reader_.ReadIfPresent(recordFile, read, error);
+  own_ = SharedRecord(read);
+  record = read ? &own_ : nullptr;
+  object.why = error ? Reason::Kind::NoRecord : Reason::Kind::NoKnownRecord;
+  return RecordFileReader::LeavesOpen(error, recordFile) ? CannotTell(object, recordFile, error) : status;
+}
+
+HRESULT Recognition::CannotTell(Object& object, const ZYMUnicodeString& path, const std::error_code& reason) {
+  object.doubt = Doubt{path, reason};
+  return E_FAIL;
+}
+
+/// By the entry of the object in a record.
+void Recognition::DecideByEntry(const Object& object, const Record& requestRecord, SharedRecord& record, Found& found) {
+  Trace.Write("Recognizing object from parent its LRD");
+  found.record = requestRecord ? RecognizeFromRel(requestRecord, record) : Record();
+  found.why = Reason::Kind::EntryOfRelationship;
+  if (found.record.IsNull()) {
+    found.identifier = factory_.GetIdentifier(client_.config, object.element);
+    found.record = record.FindChild(found.identifier);
+    found.why = Reason::Kind::EntryOfIdentifier;
+  }
+  if (found.record.IsNull()) {
+    Trace.Write("Object is not present in its parent LRD ");
+    found.verdict = &Word::Unknown;
+    found.why = object.composition ? Reason::Kind::NoSuchEntry : Reason::Kind::ObjectFileGone;
+    return;
+  }
+  Trace.Write("Object is present in its parent LRD ");
+  if (found.record->GetPhysicalId().IsEmpty()) {
+    found.verdict = &Word::Unknown;
+    found.why = Reason::Kind::EntryWithoutPhysicalId;
+  } else {
+    found.verdict = &Word::Exists;
+  }
+  version_ = record.Get()->GetVersion();
+}
+
+Recognition::Record Recognition::RecognizeFromRel(const Record& requestRecord, SharedRecord& record) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::RecognizeFromRel");
+  Record own;
+  Record child;
+  requestRecord->GetChildLRDObject(own);
+  if (own && own->GetParentRelationships().Size() != 0 && record.Get()->GetChildRelationships().Size() != 0) {
+    if (const Record relationship = record.FindRelationship(own->GetParentRelationships()); relationship) {
+      child = record.FindRelatedChild(relationship->GetChildPhid());
+    }
+  }
+  step.Return(S_OK);
+  return child;
+}
+
+/// By the object's own record.
+void Recognition::DecideByStamps(const Object& object, const Record& record, Found& found) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::GetFileTimeStamp");
+  const ZYMUnicodeString fileStamp = StampOf(object.file.modified);
+  Trace.Write("File stamp for file ", record->GetObjectFilePath().ToString(), " is : ", fileStamp);
+  step.Return(S_OK);
+
+  found.record = record;
+  found.objectChangeStamp = record->GetObjectChangeStamp();
+  // No order: a file that is older than its record is a modification too.
+  if (found.objectChangeStamp == fileStamp) {
+    found.verdict = &Word::Exists;
+    found.why = Reason::Kind::StampsAgree;
+  } else {
+    found.verdict = &Word::ModifiedVerdict;
+    found.why = Reason::Kind::FileNewer;
+  }
+  version_ = record->GetVersion();
+  CompleteRelationships(record);
+}
+
+void Recognition::CompleteRelationships(const Record& record) {
+  const Step step(Trace, "QELXVARDOSRecognitionHandler::UpdateRelNode");
+  if (record->GetChildRelationships().Size() != 0) {
+    if (!relationships_) {
+      relationships_.emplace(request_);
+    }
+    relationships_->Complete(record);
+  }
+  step.Return(S_OK);
+}
+
+void Recognition::WriteBack(const Object& object, const Asked& asked, const Found& found) const {
+  Trace.Write("LRD object is of version :  ", version_);
+  Trace.Write("Object cadid : ", asked.cadId, " is recognized as : ", *found.verdict);
+  const ZYMIDOMElement_var& element = object.element;
+  const Stamps stamps(found.record);
+  element->setAttribute(Word::Status, *found.verdict);
+  element->setAttribute(Word::Phid, *stamps.physicalId);
+  element->setAttribute(FormatVersion::Attribute, version_);
+  element->setAttribute(Word::MacroCEStamp, stamps.macroCEStamp);
+  element->setAttribute(Word::XSStamp, stamps.xsStamp);
+  element->setAttribute(Word::HashcodeFromLRD, *stamps.hashcode);
+  if (!found.objectChangeStamp.IsEmpty()) {
+    element->setAttribute(Word::ObjectChangeStamp, found.objectChangeStamp);
+  }
+  // While the synchronisation stamps agree, the request's own CE stamp is the newer knowledge, even when it is empty.
+  if (stamps.xsStamp == asked.xsStamp) {
+    element->setAttribute(Word::CEStamp, asked.ceStamp);
+  } else if (!stamps.ceStamp->IsEmpty()) {
+    element->setAttribute(Word::CEStamp, *stamps.ceStamp);
+  }
+}
+
+void Recognition::Tell(const Object& object, const Found& found) const {
+  if (client_.observer == nullptr) {
+    return;
+  }
+  Reason reason{found.why,
+                object.composition ? object.composition->recordFile : object.paths.recordFile,
+                {},
+                found.objectChangeStamp,
+                found.identifier,
+                {}};
+  if (object.file.Exists()) {
+    reason.fileStamp = object.file.modified;
+  }
+  if (reason.kind == Reason::Kind::FileNewer) {
+    reason.kind = WhyModified(object.file, found.objectChangeStamp);
+  }
+  if (reason.kind == Reason::Kind::CannotBeLookedAt || reason.kind == Reason::Kind::RecordDamaged) {
+    reason.failure = QELVARDOSSystemUtils::LastError();
+  }
+  client_.observer->Decided(object.element, reason);
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <optional>
+#include <system_error>
+
+#include "component/QELXIVARDOSObserver.h"
+#include "platform/QELIVARDOSGlobalConfigObject.h"
+#include "platform/QELVARDOSFileLayer.h"
+#include "recognition/ObjectsById.h"
+#include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "recognition/RequestRelationships.h"
+#include "recognition/SharedRecord.h"
+#include "records/QELXVARDOSLRDFactory.h"
+#include "xmlhandlers/RecordFileReader.h"
+
+/// One recognition of one request. It owns what the objects of the request share, and ends with the call. The steps of
+/// the trace bear the name of the handler that starts it.
+class Recognition {
+ public:
+  using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
+
+  /// What the handler knows.
+  struct Client {
+    ZYMUnicodeString command;
+    /// The CAD system's name for record paths.
+    ZYMUnicodeString cadName;
+    QELIVARDOSGlobalConfigObject_var config;
+    /// May be null.
+    QELXIVARDOSObserver* observer;
+  };
+
+  /// list: the objects of the request.
+  Recognition(Client client, const ZYMIDOMElement_var& request, const ZYMIDOMElement_var& list);
+  Recognition(const Recognition&) = delete;
+  Recognition& operator=(const Recognition&) = delete;
+
+  /// Writes verdict and stamps into each object, in order, until one fails. requestRecords: the records that the
+  /// request itself carries, by CAD id; they are brought up to date.
+  HRESULT Run(const RecordMap& requestRecords);
+
+ private:
+  using Record = QELXIVARDOSLRDObject_var;
+  using Paths = QELXVARDOSLRDFactory::Paths;
+
+  struct Asked;
+  struct Found;
+  /// A place that could not be looked at, though the verdict on the object rests on it.
+  struct Doubt {
+    ZYMUnicodeString path;
+    std::error_code reason;
+  };
+  /// The object that is being recognised.
+  struct Object {
+    ZYMIDOMElement_var element;
+    Paths paths;
+    /// Its file as it was found when it was first looked at.
+    QELVARDOSFileFacts file;
+    /// Of the object whose record it stands in; without, its own record counts.
+    std::optional<Paths> composition;
+    std::optional<Doubt> doubt;
+    /// Why there is no record, if there is none.
+    QELXVARDOSReason::Kind why = QELXVARDOSReason::Kind::NoRecord;
+  };
+
+  HRESULT ReadIds();
+  HRESULT Recognize(const ZYMIDOMElement_var& element, const RecordMap& requestRecords);
+  HRESULT RecognizeByRecords(const ZYMIDOMElement_var& element, const Asked& asked, const Record& requestRecord);
+
+  // Where the record of an object is, and what it is.
+  HRESULT getLRDObject(Object& object, SharedRecord*& record);
+  bool ShouldCheckInParent(Object& object);
+  std::optional<Paths> PathsInComposition(Object& object);
+  HRESULT ReadShared(Object& object, SharedRecord*& record);
+  HRESULT ReadOwn(Object& object, SharedRecord*& record);
+  /// E_FAIL.
+  static HRESULT CannotTell(Object& object, const ZYMUnicodeString& path, const std::error_code& reason);
+
+  // What the record says of the object.
+  void DecideByEntry(const Object& object, const Record& requestRecord, SharedRecord& record, Found& found);
+  static Record RecognizeFromRel(const Record& requestRecord, SharedRecord& record);
+  void DecideByStamps(const Object& object, const Record& record, Found& found);
+  void CompleteRelationships(const Record& record);
+
+  void WriteBack(const Object& object, const Asked& asked, const Found& found) const;
+  void Tell(const Object& object, const Found& found) const;
+
+  Client client_;
+  QELVARDOSFileLookups lookups_;
+  ZYMIDOMElement_var request_;
+  ZYMIDOMElement_var list_;
+  ObjectsById objects_;
+  QELXVARDOSLRDFactory factory_;
+  RecordFileReader reader_;
+  ZYMHandle<QELXVARDOSRecognitionHandlerNoLRD> byPhysicalId_;
+  /// Goes from object to object: one that was found in a record leaves that record's version to those behind it.
+  ZYMUnicodeString version_;
+  SharedRecords shared_;
+  SharedRecord own_;
+  /// Made when a record first has relationships.
+  std::optional<RequestRelationships> relationships_;
+};
