@@ -1,11 +1,7 @@
 #include "lrd/RecordReader.h"
 
 #include <algorithm>
-#include <array>
-#include <span>
-#include <string_view>
 
-#include "lrd/XmlFile.h"
 #include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMNullHandleError.h"
@@ -22,13 +18,10 @@ class Look : public QELVARDOSFileLayerFilter {
   ~Look() override { Use(before_); }
 
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
-    error = Next().Read(path, bytes, atMost);
-    seen = bytes;
-    return error;
+    return error = Next().Read(path, bytes, atMost);
   }
 
   std::error_code error;
-  std::string seen;
 
  private:
   QELVARDOSFileLayer* before_;
@@ -44,37 +37,6 @@ RecordReading ExplainFailure(const std::string& file, const Look& look) {
   const std::string reason = WithoutFile(QELVARDOSSystemUtils::LastError(), file);
   const bool hasPlace = !reason.empty() && reason.front() >= '0' && reason.front() <= '9';
   return Fault(hasPlace ? RecordFault::NotWellFormed : RecordFault::Unreadable, reason);
-}
-
-/// The name of the first element that an entry of this kind must have and none of them may lack.
-std::string MissingIn(const ZYMIDOMNodeList_var& entries, std::span<const char* const> required) {
-  int length = 0;
-  entries->getLength(length);
-  for (int i = 0; i < length; ++i) {
-    ZYMIDOMNode_var entry;
-    entries->item(i, entry);
-    for (const char* name : required) {
-      if (FirstBelow(entry, name).IsNull()) {
-        return name;
-      }
-    }
-  }
-  return "";
-}
-
-RecordReading ExplainIncompleteness(const std::string& file, const Look& look, const char* raised) {
-  static constexpr std::array Required = {"phid", "objectChangeStamp", "ceStamp", "hashcode"};
-  ZYMIDOMDocument_var document;
-  MakeDocumentBuilder()->ParseContent(file, std::string(look.seen), {}, {}, document);
-  for (const char* kind : {"object", "structure", "composition", "rel"}) {
-    ZYMIDOMNodeList_var entries;
-    document->getElementsByTagName(kind, entries);
-    const std::size_t count = std::string_view(kind) == "rel" ? 1 : Required.size();
-    if (const std::string name = MissingIn(entries, std::span(Required).first(count)); !name.empty()) {
-      return Fault(RecordFault::Incomplete, "<" + std::string(kind) + "> lacks the element <" + name + ">");
-    }
-  }
-  return Fault(RecordFault::Incomplete, raised);
 }
 
 }  // namespace
@@ -104,8 +66,8 @@ RecordReading RecordReader::Read(const std::string& file) {
     if (record) {
       return {record, RecordFault::None, ""};
     }
-  } catch (const ZYMNullHandleError& error) {
-    return ExplainIncompleteness(file, look, error.what());
+  } catch (const ZYMNullHandleError&) {
+    return Fault(RecordFault::Incomplete, WithoutFile(QELVARDOSSystemUtils::LastError(), file));
   }
   return unknownVersion_.empty()
              ? Fault(RecordFault::NoRecord, "holds no record")

@@ -15,7 +15,6 @@
 #include "lrd/RecordFiles.h"
 #include "lrd/Times.h"
 #include "lrd/Verdicts.h"
-#include "platform/QELVARDOSFileLayer.h"
 
 namespace lrd {
 
@@ -41,121 +40,47 @@ const Word& WordFor(Verdict verdict) {
   return Words.at(static_cast<std::size_t>(verdict));
 }
 
-/// Why the module decided so: every reason there is.
-enum class Why {
-  StampsAgree,
-  FileNewer,
-  FileOlder,
-  NoStamp,
-  NoTime,
-  NoRecord,
-  StrangeRecord,
-  NoKnownRecord,
-  Damaged,
-  Unseen,
-  FileGone
+using Reason = QELXVARDOSReason::Kind;
+
+struct Words {
+  Reason reason;
+  const char* words;
 };
 
-const char* InWords(Why why) {
-  static constexpr std::array Reasons = {"stamps agree",
-                                         "file is newer than its record",
-                                         "file is older than its record",
-                                         "record has no stamp",
-                                         "record has a stamp that is no time",
-                                         "no record",
-                                         "record file without a record of a known version",
-                                         "no record, or none of a known version",
-                                         "record damaged",
-                                         "could not be looked at",
-                                         "object file gone"};
-  return Reasons.at(static_cast<std::size_t>(why));
+/// The reasons that the module can give for an object that is asked for by its file alone.
+constexpr std::array Reasons = {Words{Reason::StampsAgree, "stamps agree"},
+                                Words{Reason::FileNewer, "file is newer than its record"},
+                                Words{Reason::FileOlder, "file is older than its record"},
+                                Words{Reason::RecordWithoutStamp, "record has no stamp"},
+                                Words{Reason::StampIsNoTime, "record has a stamp that is no time"},
+                                Words{Reason::NoRecord, "no record"},
+                                Words{Reason::NoKnownRecord, "record file without a record of a known version"},
+                                Words{Reason::RecordDamaged, "record damaged"},
+                                Words{Reason::CannotBeLookedAt, "could not be looked at"},
+                                Words{Reason::ObjectFileGone, "object file gone"}};
+
+const char* InWords(Reason reason) {
+  return std::find_if(Reasons.begin(), Reasons.end(), [reason](const Words& row) { return row.reason == reason; })
+      ->words;
 }
 
-/// One object with what --explain tells of it.
-struct Explained {
-  Why why = Why::StampsAgree;
-  std::optional<std::int64_t> fileStamp;
-  std::optional<std::int64_t> recordStamp;
-  /// Why the file's time is not known although there is a verdict.
-  std::error_code unseen;
-};
-
-Why WhyModified(const CadObject& object, const Explained& stamps) {
-  if (object.recordStamp.empty()) {
-    return Why::NoStamp;
-  }
-  if (!stamps.recordStamp) {
-    return Why::NoTime;
-  }
-  if (stamps.unseen) {
-    return Why::Unseen;
-  }
-  return stamps.fileStamp < stamps.recordStamp ? Why::FileOlder : Why::FileNewer;
-}
-
-Why WhyDecided(const CadObject& object, const Explained& stamps) {
-  switch (object.verdict) {
-    case Verdict::Exists:
-      return Why::StampsAgree;
-    case Verdict::Modified:
-      return WhyModified(object, stamps);
-    case Verdict::Unknown:
-      return object.isListed ? object.hasRecord ? Why::StrangeRecord : Why::NoRecord : Why::NoKnownRecord;
-    case Verdict::Damaged:
-      return object.isUnseen ? Why::Unseen : Why::Damaged;
-    case Verdict::FileGone:
-      break;
-  }
-  return Why::FileGone;
-}
-
-Explained Explain(const CadObject& object) {
-  Explained explained;
-  if (object.verdict != Verdict::FileGone && !object.isUnseen) {
-    const QELVARDOSFileFacts facts = QELVARDOSFileLayer::Current().Stat(object.path);
-    explained.unseen = facts.error;
-    if (!facts.error) {
-      explained.fileStamp = facts.modified;
-    }
-  }
-  explained.recordStamp = SecondsOf(object.recordStamp);
-  explained.why = WhyDecided(object, explained);
-  return explained;
-}
-
-std::string InWords(const Explained& explained) {
+std::string InWords(const QELXVARDOSReason& reason) {
   std::string times;
-  if (explained.fileStamp) {
-    times = " (file " + TimeText(*explained.fileStamp);
-    if (explained.recordStamp) {
-      times += ", record " + TimeText(*explained.recordStamp) + ", difference " +
-               DistanceText(*explained.fileStamp, *explained.recordStamp);
+  if (reason.fileStamp) {
+    times = " (file " + TimeText(*reason.fileStamp);
+    if (const auto recordStamp = SecondsOf(reason.recordStamp.Str())) {
+      times += ", record " + TimeText(*recordStamp) + ", difference " + DistanceText(*reason.fileStamp, *recordStamp);
     }
     times += ")";
   }
-  return InWords(explained.why) + times;
+  return InWords(reason.kind) + times;
 }
 
-/// Explains each of the objects and complains of those whose files cannot be looked at.
-std::vector<Explained> ExplainAll(const std::vector<CadObject>& objects, bool& isWhole) {
-  std::vector<Explained> explained;
-  explained.reserve(objects.size());
-  for (const CadObject& object : objects) {
-    explained.push_back(Explain(object));
-    if (const std::error_code unseen = explained.back().unseen) {
-      Complain(object.path, unseen.message());
-      isWhole = false;
-    }
-  }
-  return explained;
-}
-
-/// explained: null unless it is asked for.
-std::string Line(const CadObject& object, const Explained* explained) {
+std::string Line(const CadObject& object, bool explain) {
   const Word& word = WordFor(object.verdict);
   std::string line = std::string(1, word.letter) + " " + Printable(object.path);
-  if (explained != nullptr) {
-    line += ": " + InWords(*explained);
+  if (explain) {
+    line += ": " + InWords(object.reason);
   }
   if (object.verdict == Verdict::Damaged) {
     line += ": " + Printable(object.damage);
@@ -187,22 +112,24 @@ std::string InWords(const Totals& totals) {
   return line + std::to_string(gone) + (gone == 1 ? " record" : " records") + " without object file\n";
 }
 
-Json AsJson(const CadObject& object, const Explained& explained) {
+Json AsJson(const CadObject& object) {
+  const std::optional<std::int64_t>& fileStamp = object.reason.fileStamp;
+  const std::optional<std::int64_t> recordStamp = SecondsOf(object.reason.recordStamp.Str());
   Json json;
   PutText(json, "path", object.path);
   json["letter"] = std::string(1, WordFor(object.verdict).letter);
   json["status"] = WordFor(object.verdict).status;
-  json["reason"] = InWords(explained.why);
-  if (explained.fileStamp) {
-    json["fileStamp"] = *explained.fileStamp;
-    json["fileTime"] = TimeText(*explained.fileStamp);
+  json["reason"] = InWords(object.reason.kind);
+  if (fileStamp) {
+    json["fileStamp"] = *fileStamp;
+    json["fileTime"] = TimeText(*fileStamp);
   }
-  if (explained.recordStamp) {
-    json["recordStamp"] = *explained.recordStamp;
-    json["recordTime"] = TimeText(*explained.recordStamp);
+  if (recordStamp) {
+    json["recordStamp"] = *recordStamp;
+    json["recordTime"] = TimeText(*recordStamp);
   }
-  if (explained.fileStamp && explained.recordStamp) {
-    if (const auto difference = Difference(*explained.fileStamp, *explained.recordStamp)) {
+  if (fileStamp && recordStamp) {
+    if (const auto difference = Difference(*fileStamp, *recordStamp)) {
       json["difference"] = *difference;
     }
   }
@@ -212,11 +139,11 @@ Json AsJson(const CadObject& object, const Explained& explained) {
   return json;
 }
 
-Json AsJson(const std::vector<CadObject>& objects, const std::vector<Explained>& explained) {
+Json AsJson(const std::vector<CadObject>& objects) {
   Json json{{"objects", Json::array()}, {"totals", Json::object()}};
-  for (std::size_t at = 0; at < objects.size(); ++at) {
+  for (const CadObject& object : objects) {
     EndWhenAsked();
-    json["objects"].push_back(AsJson(objects[at], explained[at]));
+    json["objects"].push_back(AsJson(object));
   }
   const Totals totals(objects);
   for (const Verdict verdict :
@@ -238,21 +165,12 @@ void TakeFolder(const CadFolder& folder, Naming naming, Found& found) {
   for (const auto& [record, file] : folder.NewestObjectFiles(naming)) {
     const bool hasRecord = records.erase(record) > 0;
     if (hasRecord || !file.starts_with('.')) {
-      found.objects.push_back({Join(folder.path, file),
-                               folder.path,
-                               file,
-                               record,
-                               hasRecord,
-                               folder.recordFolderFault.empty(),
-                               Verdict::Unknown,
-                               {},
-                               false,
-                               {}});
+      found.objects.push_back({Join(folder.path, file), folder.path, file, record});
     }
   }
   for (const std::string& record : records) {
-    found.orphans.push_back(
-        {Join(folder.path, record), folder.path, record, record, true, true, Verdict::FileGone, {}, false, {}});
+    found.orphans.push_back({Join(folder.path, record), folder.path, record, record, Verdict::FileGone});
+    found.orphans.back().reason.kind = Reason::ObjectFileGone;
   }
 }
 
@@ -288,15 +206,14 @@ std::vector<CadObject> Sorted(Found found) {
   return all;
 }
 
-/// explained: one for each object if they are to be explained.
-void PrintObjects(const std::vector<CadObject>& objects, const std::vector<Explained>& explained, bool json) {
-  if (json) {
-    PrintJson(AsJson(objects, explained));
+void PrintObjects(const std::vector<CadObject>& objects, const Options& options) {
+  if (options.json) {
+    PrintJson(AsJson(objects));
     return;
   }
-  for (std::size_t at = 0; at < objects.size(); ++at) {
+  for (const CadObject& object : objects) {
     EndWhenAsked();
-    if (!Print(Line(objects[at], explained.empty() ? nullptr : &explained[at]))) {
+    if (!Print(Line(object, options.explain))) {
       return;
     }
   }
@@ -311,11 +228,9 @@ int TellStatus(const Options& options) {
   const std::string total = " of " + std::to_string(found.objects.size()) + " objects recognised";
   Decide(found.objects, configuration, [&](std::size_t decided) { progress.Tell(std::to_string(decided) + total); });
   progress.Hide();
-  bool isWhole = found.isWhole;
+  const bool isWhole = found.isWhole;
   const std::vector<CadObject> objects = Sorted(std::move(found));
-  const std::vector<Explained> explained =
-      options.explain || options.json ? ExplainAll(objects, isWhole) : std::vector<Explained>();
-  PrintObjects(objects, explained, options.json);
+  PrintObjects(objects, options);
   return isWhole && Totals(objects).Of(Verdict::Damaged) == 0 ? Done : ModuleRefused;
 }
 
@@ -327,8 +242,8 @@ std::string Footer() {
       "record whose object file is "
       "gone.\n\n"
       "Reasons that --explain gives:\n";
-  for (int why = 0; why <= static_cast<int>(Why::FileGone); ++why) {
-    text += std::string("  ") + InWords(static_cast<Why>(why)) + "\n";
+  for (const Words& row : Reasons) {
+    text += std::string("  ") + row.words + "\n";
   }
   return text + "\n" + JsonHelp;
 }

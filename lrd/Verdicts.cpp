@@ -58,11 +58,23 @@ class Request {
   std::vector<ZYMIDOMElement_var> elements_;
 };
 
-void TakeVerdict(CadObject& object, const ZYMIDOMElement_var& element) {
-  const std::string status = AttributeOf(element, "status");
-  object.verdict = status == "EXISTS" ? Verdict::Exists : status == "MODIFIED" ? Verdict::Modified : Verdict::Unknown;
-  object.recordStamp = AttributeOf(element, "objectChangeStamp");
+Verdict VerdictOn(const ZYMIDOMElement_var& element) {
+  const ZYMUnicodeString status = Attribute(element, "status");
+  return status == "EXISTS" ? Verdict::Exists : status == "MODIFIED" ? Verdict::Modified : Verdict::Unknown;
 }
+
+/// Takes down the reasons for the verdicts on objects, which the module gives in order.
+class Listener : public EndingObserver {
+ public:
+  explicit Listener(std::span<CadObject> objects) : next_(objects.begin()) {}
+  void Decided(const ZYMIDOMElement_var& /*object*/, const QELXVARDOSReason& reason) override {
+    // The paths are known here, and many objects need much memory.
+    (next_++)->reason = {reason.kind, {}, reason.fileStamp, reason.recordStamp, {}, reason.failure};
+  }
+
+ private:
+  std::span<CadObject>::iterator next_;
+};
 
 class Recogniser {
  public:
@@ -72,58 +84,48 @@ class Recogniser {
   /// included.
   std::size_t DecideFront(std::span<CadObject> objects) {
     const Request request(objects);
-    const std::size_t sound = SoundFront(request, objects.size());
+    const std::size_t sound = SoundFront(request, objects);
     for (std::size_t i = 0; i < sound; ++i) {
-      TakeVerdict(objects[i], request[i]);
+      objects[i].verdict = VerdictOn(request[i]);
     }
     if (sound == objects.size()) {
       return sound;
     }
-    Blame(objects[sound], request[sound]);
+    Blame(objects[sound]);
     return sound + 1;
   }
 
  private:
   /// How many objects the module recognised before it met a record that it cannot take. A file that does not parse
   /// stops it with the verdict on its object written, an incomplete record before that.
-  std::size_t SoundFront(const Request& request, std::size_t count) {
+  std::size_t SoundFront(const Request& request, std::span<CadObject> objects) {
+    Listener listener(objects);
     QELXIVARDOSRecognitionHandler_var handler;
     QELXIVARDOSLRDObject_varZYMUnicodeStringDico records;
     QELVARDOSSystemUtils::SetLastError("");
-    raised_ = false;
     // A person asks what the records say, also when the client would send this very command without them.
     QELXVARDOSRecognitionFactory().GetRecognitionHandler(CommandName, configuration_.object, request.Root(), handler);
     try {
-      handler->SetObserver(&ending_);
+      handler->SetObserver(&listener);
       const HRESULT status = handler->Recognize(request.Root(), records);
       EndWhenAsked();
       const std::size_t decided = request.Decided();
-      return SUCCEEDED(status) ? count : decided - std::min<std::size_t>(decided, 1);
+      return SUCCEEDED(status) ? objects.size() : decided - std::min<std::size_t>(decided, 1);
     } catch (const ZYMNullHandleError& error) {
-      raised_ = true;
-      return std::min(request.Decided(), count - 1);
+      return std::min(request.Decided(), objects.size() - 1);
     }
   }
 
-  /// The module's own words tell what it met, but which element a record lacks.
-  void Blame(CadObject& object, const ZYMIDOMElement_var& element) {
-    const std::string refusal = QELVARDOSSystemUtils::LastError();
+  /// In the module's own words.
+  void Blame(CadObject& object) {
     const std::string file = RecordFileOf(object.folder, object.record);
+    const std::string refusal = object.reason.failure.Str();
+    const bool isUnseen = object.reason.kind == QELXVARDOSReason::Kind::CannotBeLookedAt;
     object.verdict = Verdict::Damaged;
-    object.isUnseen = !raised_ && AttributeOf(element, "status").empty();
-    object.damage = object.isUnseen ? refusal : file + ": " + (raised_ ? Lacks(file) : WithoutFile(refusal, file));
-  }
-
-  std::string Lacks(const std::string& file) {
-    const RecordReading reading = reader_.Read(file);
-    return reading.fault == RecordFault::Incomplete ? reading.reason : ChangedMeanwhile();
+    object.damage = isUnseen ? refusal : file + ": " + WithoutFile(refusal, file);
   }
 
   const Configuration& configuration_;
-  RecordReader reader_;
-  EndingObserver ending_;
-  /// Whether the last request ended because a record lacks what it must have.
-  bool raised_ = false;
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "component/QELXVARDOSReason.h"
 #include "lrd/Configuration.h"
 
 namespace lrd {
@@ -20,17 +21,12 @@ struct CadObject {
   std::string name;
   /// The record's name; its file need not be there.
   std::string record;
-  bool hasRecord = false;
-  /// Whether the folder of the records could be listed, so that hasRecord says something.
-  bool isListed = true;
 
   Verdict verdict = Verdict::Unknown;
-  /// The stamp that the module found in the record; empty without one.
-  std::string recordStamp;
-  /// Of a damaged object: whether nothing is known of its record, since a place could not be looked at.
-  bool isUnseen = false;
+  /// What the module told of its decision.
+  QELXVARDOSReason reason{};
   /// Of a damaged object: the place and what is wrong there.
-  std::string damage;
+  std::string damage{};
 };
 
 /// Asks the module for the verdict on every object. A damaged record costs its own object alone. tell learns how many

@@ -77,7 +77,7 @@ TEST_F(TextTest, status_tells_every_kind_of_object_on_a_line) {
                 "! work/gone.prt: object file gone\n"
                 "M work/modified.prt.1: file is newer than its record (file 2023-11-14 22:14:21 UTC, record "
                 "2023-11-14 22:13:20 UTC, difference 1 min 1 s)\n"
-                "? work/none/a.prt.1: no record, or none of a known version" +
+                "? work/none/a.prt.1: no record" +
                 file + "\n? work/other.prt.1: record file without a record of a known version" + file +
                 "\nX work/short.prt.1: record damaged" + file +
                 ": work/.KORVANTHEMIX/short.prt.xml: <object> lacks the element <objectChangeStamp>\n"
