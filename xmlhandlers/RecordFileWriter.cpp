@@ -140,7 +140,9 @@ bool RecordFileWriter::Serialize(const ZYMIDOMElement_var& element, const ZYMUni
     Refuse(path, std::errc::file_too_large);
   } else if (status == E_NOTIMPL) {
     if (FAILED(builder_->Write(element, path, WriterOptions, WriterValues))) {
-      Refuse(path, std::errc::invalid_argument, QELVARDOSSystemUtils::LastError());
+      const std::string said = QELVARDOSSystemUtils::LastError();
+      const std::string prefix = path.Str() + ": ";
+      Refuse(path, std::errc::invalid_argument, said.starts_with(prefix) ? said.substr(prefix.size()) : said);
     }
     return false;
   } else if (FAILED(status)) {

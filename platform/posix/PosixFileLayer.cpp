@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -151,6 +152,13 @@ bool IsForeignLink(const std::string& path) {
   return stat(FolderName(folder).c_str(), &above) != 0 || above.st_uid != link.st_uid;
 }
 
+/// A writer holds many folders at a time, and its client opens files too: of what a process may have open, and numbers
+/// from the bottom, half is left to others.
+bool LeavesDescriptors(int descriptor) {
+  rlimit limit{};
+  return getrlimit(RLIMIT_NOFILE, &limit) == 0 && static_cast<rlim_t>(descriptor) < limit.rlim_cur / 2;
+}
+
 /// Whoever removes left-overs is done soon, so a writer waits for that, but not for ever.
 std::error_code Lock(int folder, QELVARDOSFolderUse use) {
   const bool alone = use == QELVARDOSFolderUse::Clean;
@@ -245,6 +253,9 @@ std::error_code PosixFileLayer::ClaimFolder(const std::string& folder, QELVARDOS
   }
   if (!IsOfThisSystem(held->Number())) {
     return std::make_error_code(std::errc::not_supported);
+  }
+  if (use == QELVARDOSFolderUse::Write && !LeavesDescriptors(held->Number())) {
+    return std::make_error_code(std::errc::too_many_files_open);
   }
   const std::error_code error = Lock(held->Number(), use);
   if (!error) {
