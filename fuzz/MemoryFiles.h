@@ -17,9 +17,6 @@ class MemoryFiles : public QELVARDOSFileLayer {
  public:
   static constexpr std::int64_t Now = 1'700'000'000;
 
-  MemoryFiles() : before_(Use(this)) {}
-  ~MemoryFiles() override { Use(before_); }
-
   /// With the folders above it, unless a file is in the way of one or a folder in its own. No change is noted.
   void Put(std::string_view name, std::string_view bytes, std::int64_t modified = Now) {
     const std::string path = Plain(name);
@@ -167,7 +164,7 @@ class MemoryFiles : public QELVARDOSFileLayer {
     return IsFolder(Parent(path)) ? std::error_code() : Error(std::errc::no_such_file_or_directory);
   }
 
-  QELVARDOSFileLayer* before_;
+  const QELVARDOSUseFileLayer use_{*this};
   std::map<std::string, File> files_;
   std::set<std::string> folders_;
   std::set<std::string> changedFiles_;

@@ -4,11 +4,6 @@
 
 namespace lrd {
 
-FileWatch::FileWatch(QELVARDOSFileLayer& watched)
-    : QELVARDOSFileLayerFilter(watched), before_(QELVARDOSFileLayer::Use(this)) {}
-
-FileWatch::~FileWatch() { QELVARDOSFileLayer::Use(before_); }
-
 std::error_code FileWatch::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
   lastRead_ = path;
   return QELVARDOSFileLayerFilter::Read(path, bytes, atMost);

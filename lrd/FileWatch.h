@@ -7,11 +7,10 @@
 
 namespace lrd {
 
-/// Puts itself before a file layer as long as it lives, and remembers what the module did there.
+/// Remembers what the module did on a file layer behind it.
 class FileWatch : public QELVARDOSFileLayerFilter {
  public:
-  explicit FileWatch(QELVARDOSFileLayer& watched = QELVARDOSFileLayer::System());
-  ~FileWatch() override;
+  explicit FileWatch(QELVARDOSFileLayer& watched = QELVARDOSFileLayer::System()) : QELVARDOSFileLayerFilter(watched) {}
 
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override;
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override;
@@ -24,7 +23,6 @@ class FileWatch : public QELVARDOSFileLayerFilter {
   const std::map<std::string, std::string>& Failed() const noexcept { return failed_; }
 
  private:
-  QELVARDOSFileLayer* before_;
   std::string lastRead_;
   std::map<std::string, QELVARDOSReplacement> settled_;
   std::map<std::string, std::string> failed_;

@@ -51,7 +51,8 @@ void PrintSummary(const ZYMIDOMElement_var& request) {
 
 ModuleAnswer CallHandler(const Options& options, const Configuration& configuration, const ZYMIDOMElement_var& request,
                          FormatWatch& formats) {
-  const FileWatch watch;
+  FileWatch watch;
+  const QELVARDOSUseFileLayer use(watch);
   const QELXIVARDOSRecognitionHandler_var handler =
       RecognitionHandlerFor(configuration.RecognitionFactory(), configuration, request, options.command);
   handler->SetObserver(&formats);

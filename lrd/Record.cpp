@@ -164,7 +164,8 @@ int RecordResponse(const Options& options) {
   const ZYMIDOMElement_var request = options.request.empty() ? nullptr : RootElement(ParseXml(options.request));
 
   DryRunLayer memory(QELVARDOSFileLayer::System());
-  const FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::System());
+  FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::System());
+  const QELVARDOSUseFileLayer use(watch);
   RequireHandler(options, handler, response);
   RecordMap records;
   if (request.IsNull()) {

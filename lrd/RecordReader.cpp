@@ -14,17 +14,13 @@ namespace {
 /// What the module saw when it read a file.
 class Look : public QELVARDOSFileLayerFilter {
  public:
-  Look() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
-  ~Look() override { Use(before_); }
+  Look() : QELVARDOSFileLayerFilter(Current()) {}
 
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
     return error = Next().Read(path, bytes, atMost);
   }
 
   std::error_code error;
-
- private:
-  QELVARDOSFileLayer* before_;
 };
 
 RecordReading Fault(RecordFault fault, const std::string& reason) { return {nullptr, fault, reason}; }
@@ -57,7 +53,8 @@ void RecordReader::UnknownFormat(const ZYMUnicodeString& /*recordFile*/, const Z
 
 RecordReading RecordReader::Read(const std::string& file) {
   unknownVersion_.clear();
-  const Look look;
+  Look look;
+  const QELVARDOSUseFileLayer use(look);
   try {
     QELXIVARDOSLRDObject_var record;
     if (FAILED(handler_->ReadLRDFile(file, record))) {

@@ -105,6 +105,18 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   static QELVARDOSFileLayer* Use(QELVARDOSFileLayer* layer);
 };
 
+/// Puts a layer in use for as long as it lives, and then the one before.
+class ZYM_EXPORT QELVARDOSUseFileLayer {
+ public:
+  explicit QELVARDOSUseFileLayer(QELVARDOSFileLayer& layer) : before_(QELVARDOSFileLayer::Use(&layer)) {}
+  ~QELVARDOSUseFileLayer() { QELVARDOSFileLayer::Use(before_); }
+  QELVARDOSUseFileLayer(const QELVARDOSUseFileLayer&) = delete;
+  QELVARDOSUseFileLayer& operator=(const QELVARDOSUseFileLayer&) = delete;
+
+ private:
+  QELVARDOSFileLayer* before_;
+};
+
 /// For as long as it lives, many files are looked up through the layer that was in use when it was made.
 class ZYM_EXPORT QELVARDOSFileLookups {
  public:

@@ -70,8 +70,7 @@ class FileTest : public testing::Test {
 /// Notes what becomes of each file and can refuse one operation for one name, or raise there.
 class WatchingLayer : public QELVARDOSFileLayerFilter {
  public:
-  WatchingLayer() : QELVARDOSFileLayerFilter(System()) { Use(this); }
-  ~WatchingLayer() override { Use(nullptr); }
+  WatchingLayer() : QELVARDOSFileLayerFilter(System()) {}
 
   std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) override {
     written.emplace_back(bytes);
@@ -119,13 +118,15 @@ class WatchingLayer : public QELVARDOSFileLayerFilter {
   std::vector<std::string> flushedFolders;
   int listings = 0;
   std::vector<std::pair<std::string, QELVARDOSReplacement>> fates;
+
+ private:
+  const QELVARDOSUseFileLayer use_{*this};
 };
 
 /// Behaves as if the process ended in the middle of the last operation that it lets pass.
 class StoppingLayer : public QELVARDOSFileLayerFilter {
  public:
-  explicit StoppingLayer(int operations) : QELVARDOSFileLayerFilter(System()), left_(operations) { Use(this); }
-  ~StoppingLayer() override { Use(nullptr); }
+  explicit StoppingLayer(int operations) : QELVARDOSFileLayerFilter(System()), left_(operations) {}
   bool Stopped() const { return left_ <= 0; }
 
   QELVARDOSFileFacts Stat(const std::string& path) override {
@@ -162,6 +163,7 @@ class StoppingLayer : public QELVARDOSFileLayerFilter {
   static std::error_code Nothing() { return std::make_error_code(std::errc::operation_canceled); }
 
   int left_;
+  const QELVARDOSUseFileLayer use_{*this};
 };
 
 mode_t ModeOf(const std::string& path) {

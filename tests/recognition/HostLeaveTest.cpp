@@ -38,17 +38,16 @@ class Leaver : public QELXIVARDOSObserver {
 /// Notes what became of files.
 class FateLayer : public QELVARDOSFileLayerFilter {
  public:
-  FateLayer() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
-  ~FateLayer() override { Use(before_); }
+  FateLayer() : QELVARDOSFileLayerFilter(Current()) {}
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {
     const bool isCancelled = outcome == QELVARDOSReplacement::Failed && error == std::errc::operation_canceled;
     fates.push_back(std::filesystem::path(path).filename().string() + (isCancelled ? " cancelled" : " settled"));
   }
 
-  std::vector<std::string> fates;
+  mutable std::vector<std::string> fates;
 
  private:
-  QELVARDOSFileLayer* before_;
+  const QELVARDOSUseFileLayer use_{*this};
 };
 
 class HostLeaveTest : public ModuleTest {

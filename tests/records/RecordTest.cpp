@@ -87,16 +87,15 @@ TEST_F(RecordTest, a_child_is_to_be_written_when_its_object_has_no_file) {
 TEST_F(RecordTest, a_child_whose_file_was_out_of_sight_for_one_moment_is_not_written_without_its_stamp) {
   class Flicker : public QELVARDOSFileLayerFilter {
    public:
-    explicit Flicker(int at) : QELVARDOSFileLayerFilter(Current()), left_(at), before_(Use(this)) {}
-    ~Flicker() override { Use(before_); }
+    explicit Flicker(int at) : QELVARDOSFileLayerFilter(Current()), left_(at) {}
     QELVARDOSFileFacts Stat(const std::string& path) override {
       using Facts = QELVARDOSFileFacts;
       return left_-- == 0 ? Facts{Facts::Kind::Unseen, 0, 0, make_error_code(std::errc::io_error)} : Next().Stat(path);
     }
 
    private:
-    int left_;
-    QELVARDOSFileLayer* before_;
+    mutable int left_;
+    const QELVARDOSUseFileLayer use_{*this};
   };
   const ScratchFolder folder;
   folder.PutFile("part", 1);

@@ -175,8 +175,8 @@ class FailingDom {
     return Double(NODE(node));
   }
 
-  static inline FailingDom* current_ = nullptr;
-  int left_;
+  static inline const FailingDom* current_ = nullptr;
+  mutable int left_;
   std::string operation_;
   ZYMDocumentBuilderCreation before_;
 };

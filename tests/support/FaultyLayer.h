@@ -9,8 +9,7 @@
 /// Lets what is done with some paths end with an error, as a folder without rights or a failing disk would.
 class FaultyLayer : public QELVARDOSFileLayerFilter {
  public:
-  FaultyLayer() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
-  ~FaultyLayer() override { Use(before_); }
+  FaultyLayer() : QELVARDOSFileLayerFilter(Current()) {}
 
   QELVARDOSFileFacts Stat(const std::string& path) override {
     const auto fault = unseen.find(path);
@@ -45,5 +44,5 @@ class FaultyLayer : public QELVARDOSFileLayerFilter {
  private:
   static std::error_code Error(std::errc reason) { return std::make_error_code(reason); }
 
-  QELVARDOSFileLayer* before_;
+  const QELVARDOSUseFileLayer use_{*this};
 };

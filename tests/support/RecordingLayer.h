@@ -9,8 +9,7 @@
 /// Notes what is read and every change on the disk, "Operation path", and passes it on.
 class RecordingLayer : public QELVARDOSFileLayerFilter {
  public:
-  RecordingLayer() : QELVARDOSFileLayerFilter(Current()), before_(Use(this)) {}
-  ~RecordingLayer() override { Use(before_); }
+  RecordingLayer() : QELVARDOSFileLayerFilter(Current()) {}
 
   long CountReads(const std::string& path) const { return std::count(reads.begin(), reads.end(), path); }
 
@@ -34,8 +33,8 @@ class RecordingLayer : public QELVARDOSFileLayerFilter {
   }
   std::error_code Remove(const std::string& path) override { return Change("Remove", path).Remove(path); }
 
-  std::vector<std::string> reads;
-  std::vector<std::string> changes;
+  mutable std::vector<std::string> reads;
+  mutable std::vector<std::string> changes;
 
  private:
   QELVARDOSFileLayer& Change(const char* operation, const std::string& path) {
@@ -43,5 +42,5 @@ class RecordingLayer : public QELVARDOSFileLayerFilter {
     return Next();
   }
 
-  QELVARDOSFileLayer* before_;
+  const QELVARDOSUseFileLayer use_{*this};
 };

@@ -10,6 +10,7 @@
 class TraceLines {
  public:
   TraceLines() {
+    // The lists are mutable, since lines come while a test holds this as a constant.
     QELVARDOSClientTrace::TurnOn([this](std::string_view channel, std::string_view line) {
       channels.emplace_back(channel);
       all.emplace_back(line);
@@ -28,6 +29,6 @@ class TraceLines {
     return found == wanted.size();
   }
 
-  std::vector<std::string> channels;
-  std::vector<std::string> all;
+  mutable std::vector<std::string> channels;
+  mutable std::vector<std::string> all;
 };

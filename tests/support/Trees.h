@@ -19,9 +19,7 @@ using Rows = std::vector<std::array<std::string, Columns>>;
 /// A disk with one file, whatever its path, in front of the layer in use.
 class OneFile : public QELVARDOSFileLayerFilter {
  public:
-  explicit OneFile(std::string text)
-      : QELVARDOSFileLayerFilter(Current()), text_(std::move(text)), before_(Use(this)) {}
-  ~OneFile() override { Use(before_); }
+  explicit OneFile(std::string text) : QELVARDOSFileLayerFilter(Current()), text_(std::move(text)) {}
   std::error_code Read(const std::string& /*path*/, std::string& bytes, std::uint64_t /*atMost*/) override {
     bytes = text_;
     return {};
@@ -29,7 +27,7 @@ class OneFile : public QELVARDOSFileLayerFilter {
 
  private:
   std::string text_;
-  QELVARDOSFileLayer* before_;
+  const QELVARDOSUseFileLayer use_{*this};
 };
 
 /// A builder of ours, whoever makes the others.
