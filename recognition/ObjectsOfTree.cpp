@@ -1,5 +1,7 @@
 #include "recognition/ObjectsOfTree.h"
 
+#include "xmlhandlers/InfoSearch.h"
+
 int CountObjects(const ZYMIDOMElement_var& list) {
   int count = 0;
   ForEachChildElement(list, [&count](const ZYMIDOMElement_var&) {
@@ -13,24 +15,8 @@ ObjectsOfTree::ObjectsOfTree(const ZYMIDOMNode_var& root) : root_(root) {
   if (root_.IsNull()) {
     return;
   }
-  ZYMIDOMNodeList_var found;
-  status_ = root_->getElementsByTagName(Word::Info, found);
-  if (SUCCEEDED(status_) && found) {
-    ZYMIDOMNode_var first;
-    found->item(0, first);
-    info_ = first;
-  }
+  const InfoSearch found = InfoSearch::Below(root_);
+  status_ = found.search;
+  info_ = found.info;
   list_ = FirstElement(info_ ? info_ : root_, Word::CadObjectList);
-}
-
-int ObjectsOfTree::ChildCount() const {
-  int count = 0;
-  if (list_) {
-    ZYMIDOMNodeList_var children;
-    list_->getChildNodes(children);
-    if (children) {
-      children->getLength(count);
-    }
-  }
-  return count;
 }

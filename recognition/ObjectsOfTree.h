@@ -18,7 +18,7 @@ class ObjectsOfTree {
   HRESULT Status() const { return status_; }
   bool InInfo() const { return info_.operator bool(); }
   /// How many children the list has, elements or not.
-  int ChildCount() const;
+  int ChildCount() const { return list_ ? ::ChildCount(list_) : 0; }
 
   /// Calls visit with each object. When the search for "info" failed the list is still there, but nothing is visited.
   template <typename Visit>

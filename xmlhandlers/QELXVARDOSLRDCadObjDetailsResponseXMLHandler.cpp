@@ -1,6 +1,7 @@
 #include "xmlhandlers/QELXVARDOSLRDCadObjDetailsResponseXMLHandler.h"
 
 #include "platform/ZYMFillDictionary.h"
+#include "xmlhandlers/InfoSearch.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCadObjDetailsResponseXMLHandler, QELXVARDOSLRDXMLHandler)
 
@@ -10,7 +11,7 @@ QELXVARDOSLRDCadObjDetailsResponseXMLHandler::QELXVARDOSLRDCadObjDetailsResponse
 
 HRESULT QELXVARDOSLRDCadObjDetailsResponseXMLHandler::GetLRDObjects(
     const ZYMIDOMNode_var& root, QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records) {
-  const InfoSearch found = FindInfo(ZYMIDOMElement_var(root));
+  const InfoSearch found = InfoSearch::Below(ZYMIDOMElement_var(root));
   if (FAILED(found.search)) {
     return found.search;
   }

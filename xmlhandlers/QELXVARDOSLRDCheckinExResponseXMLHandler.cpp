@@ -3,6 +3,7 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMFillDictionary.h"
 #include "records/QELXVARDOSLRDConstants.h"
+#include "xmlhandlers/InfoSearch.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckinExResponseXMLHandler, QELXVARDOSLRDXMLHandler)
 
@@ -46,7 +47,7 @@ HRESULT QELXVARDOSLRDCheckinExResponseXMLHandler::GetLRDObjects(const ZYMIDOMNod
   if (element.IsNull()) {
     return step.Return(S_OK);
   }
-  const InfoSearch found = FindInfo(element);
+  const InfoSearch found = InfoSearch::Below(element);
   if (FAILED(found.search)) {
     return step.Return(found.search);
   }
@@ -62,7 +63,7 @@ HRESULT QELXVARDOSLRDCheckinExResponseXMLHandler::CreateOrUpdateLRD(const ZYMIDO
   if (element.IsNull()) {
     return step.Return(S_OK);
   }
-  const InfoSearch found = FindInfo(element);
+  const InfoSearch found = InfoSearch::Below(element);
   if (SUCCEEDED(found.search) && found.info) {
     RecordMap relationships;
     ReadRelationshipListNode(found.info, relationships);

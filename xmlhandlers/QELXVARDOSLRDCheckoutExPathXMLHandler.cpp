@@ -2,6 +2,7 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMFillDictionary.h"
+#include "xmlhandlers/InfoSearch.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckoutExPathXMLHandler, QELXVARDOSLRDXMLHandler)
 
@@ -25,7 +26,7 @@ HRESULT QELXVARDOSLRDCheckoutExPathXMLHandler::GetLRDObjects(const ZYMIDOMNode_v
   if (element.IsNull()) {
     return step.Return(S_OK);
   }
-  const InfoSearch found = FindInfo(element);
+  const InfoSearch found = InfoSearch::Below(element);
   return step.Return(found.info ? ReadCadObjectNode(found.info, records) : found.item);
 }
 

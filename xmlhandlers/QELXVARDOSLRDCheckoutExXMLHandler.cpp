@@ -2,6 +2,7 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMFillDictionary.h"
+#include "xmlhandlers/InfoSearch.h"
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckoutExXMLHandler, QELXVARDOSLRDXMLHandler)
 
@@ -24,7 +25,7 @@ HRESULT QELXVARDOSLRDCheckoutExXMLHandler::GetLRDObjects(const ZYMIDOMNode_var& 
   if (element.IsNull()) {
     return step.Return(S_OK);
   }
-  const InfoSearch found = FindInfo(element);
+  const InfoSearch found = InfoSearch::Below(element);
   if (found.info) {
     QELXVARDOSLRDXMLHandler::GetLRDObjects(found.info, records);
   }

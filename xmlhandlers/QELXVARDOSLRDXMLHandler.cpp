@@ -414,16 +414,6 @@ HRESULT QELXVARDOSLRDXMLHandler::Link(const ZYMIDOMElement_var& object, const ZY
   return step.Return(S_OK);
 }
 
-QELXVARDOSLRDXMLHandler::InfoSearch QELXVARDOSLRDXMLHandler::FindInfo(const ZYMIDOMElement_var& root) {
-  InfoSearch result;
-  ZYMIDOMNodeList_var found;
-  result.search = root->getElementsByTagName(Word::Info, found);
-  if (found) {
-    result.item = found->item(0, result.info);
-  }
-  return result;
-}
-
 HRESULT QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
   QELXIVARDOSLRDObject_varList selected;
   for (const RecordMap::Entry& entry : records) {

@@ -74,14 +74,6 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
                              const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& relationships);
 
  protected:
-  /// The first "info" below an element. info is null when there is none.
-  struct InfoSearch {
-    HRESULT search = S_OK;
-    HRESULT item = S_OK;
-    ZYMIDOMNode_var info;
-  };
-  static InfoSearch FindInfo(const ZYMIDOMElement_var& root);
-
   /// Brings the stamps of those records up to date that are selected, have a file of their own and are not the
   /// platform's, and writes them, folders included. 0, or E_ABORT when the observer ended it.
   HRESULT WriteSelected(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);

@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/ScratchFolder.h"
+
 using Arguments = std::vector<std::string>;
 
 /// How a run of the program ended.
@@ -38,18 +40,13 @@ inline std::string Slurp(const std::filesystem::path& file) {
 class LrdTest : public testing::Test {
  public:
   LrdTest() {
-    std::string name = (std::filesystem::temp_directory_path() / "lrd-test-XXXXXX").string();
-    root_ = mkdtemp(name.data());
     std::filesystem::create_directory(root_ / "case");
     std::filesystem::current_path(root_ / "case");
     // Whoever runs the tests in the background may have it ignored, and programs inherit that.
     std::signal(SIGINT, SIG_DFL);
     Put("config.xml", R"(<configuration cad="CREO" identifier="filename"/>)");
   }
-  ~LrdTest() override {
-    std::filesystem::current_path("/");
-    std::filesystem::remove_all(root_);
-  }
+  ~LrdTest() override { std::filesystem::current_path("/"); }
 
  protected:
   static void Put(const std::string& file, const std::string& bytes, std::int64_t seconds = 1700000000) {
@@ -162,5 +159,6 @@ class LrdTest : public testing::Test {
   std::string Out() const { return root_ / "out"; }
   std::string Err() const { return root_ / "err"; }
 
-  std::filesystem::path root_;
+  const ScratchFolder scratch_;
+  const std::filesystem::path root_ = scratch_.Root();
 };

@@ -25,6 +25,7 @@
 #include "platform/QELVARDOSPathUtils.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/QELXVARDOSCreoUtil.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace fs = std::filesystem;
 
@@ -34,15 +35,8 @@ using Folder = std::map<std::string, std::string>;
 using Kind = QELVARDOSFileFacts::Kind;
 
 class FileTest : public testing::Test {
- public:
-  FileTest() {
-    std::string name = (fs::temp_directory_path() / "file-test-XXXXXX").string();
-    root_ = mkdtemp(name.data());
-  }
-  ~FileTest() override { fs::remove_all(root_); }
-
  protected:
-  std::string At(const std::string& name) const { return root_ + "/" + name; }
+  std::string At(const std::string& name) const { return scratch_.At(name); }
   void Put(const std::string& name, const std::string& text) const { std::ofstream(At(name)) << text; }
   /// Every name in the folder; a subfolder reads as "/".
   Folder Content() const {
@@ -64,7 +58,8 @@ class FileTest : public testing::Test {
     return found;
   }
 
-  std::string root_;
+  const ScratchFolder scratch_;
+  const std::string& root_ = scratch_.Root();
 };
 
 /// Notes what becomes of each file and can refuse one operation for one name, or raise there.
