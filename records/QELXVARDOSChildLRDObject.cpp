@@ -1,11 +1,8 @@
 #include "records/QELXVARDOSChildLRDObject.h"
 
+#include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSFileLayer.h"
-#include "platform/ZYMFillDictionary.h"
-
-ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject, QELXVARDOSLRDObject)
-ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject_V1, QELXVARDOSChildLRDObject)
-ZYM_DEFINE_COMPONENT(QELXVARDOSChildLRDObject_V4, QELXVARDOSChildLRDObject_V1)
+#include "records/QELXVARDOSLRDConstants.h"
 
 namespace {
 
@@ -13,17 +10,14 @@ ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
 
 }  // namespace
 
-const QELVARDOSClientTrace& EntryTrace() { return Channels.details; }
-
-QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& cadobject, const ZYMUnicodeString& identifier)
-    : EntryLRDObject(cadobject, identifier) {
+QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
+                                                   const ZYMUnicodeString& identifier)
+    : EntryLRDObject(format, cadobject, identifier) {
   writeFlag_ = !DoesFileExists(cadobject);
 }
 
-const ZYMUnicodeString& QELXVARDOSChildLRDObject::ElementName() { return Word::Structure; }
-
 bool QELXVARDOSChildLRDObject::DoesFileExists(const ZYMIDOMNode_var& cadobject) {
-  const QELVARDOSClientTraceStep step(EntryTrace(), "QELXVARDOSChildLRDObject::DoesFileExists");
+  const QELVARDOSClientTraceStep step(Channels.details, "QELXVARDOSChildLRDObject::DoesFileExists");
   bool exists = false;
   ZYMUnicodeString fileName;
   ZYMUnicodeString folder;

@@ -3,36 +3,23 @@
 #include "records/EntryLRDObject.h"
 
 /// A child record places an object in the structure of its parent: an element "structure" in the parent's record file.
-/// Format "0.0".
-class QELXVARDOSChildLRDObject : public EntryLRDObject<QELXVARDOSChildLRDObject> {
-  ZYM_DECLARE_COMPONENT(QELXVARDOSChildLRDObject);
-
+class QELXVARDOSChildLRDObject : public EntryLRDObject {
  public:
   /// From an object of a request or a response. The write flag is true when the object file does not exist.
-  QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& cadobject, const ZYMUnicodeString& identifier);
+  QELXVARDOSChildLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
+                           const ZYMUnicodeString& identifier);
   /// From an element of a record file; the flag is not read.
-  using EntryLRDObject::EntryLRDObject;
+  QELXVARDOSChildLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& element, bool& fromFile)
+      : EntryLRDObject(format, element, fromFile) {}
+  /// Both in format "0.0".
+  QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& cadobject, const ZYMUnicodeString& identifier)
+      : QELXVARDOSChildLRDObject(Format::Child, cadobject, identifier) {}
+  QELXVARDOSChildLRDObject(const ZYMIDOMNode_var& element, bool& fromFile)
+      : QELXVARDOSChildLRDObject(Format::Child, element, fromFile) {}
 
-  static const ZYMUnicodeString& ElementName();
   /// Whether the file that the element names is there; false without a file name.
   bool DoesFileExists(const ZYMIDOMNode_var& cadobject);
-
- protected:
-  QELXVARDOSChildLRDObject() = default;
 };
 
-/// Formats "1.0" to "3.0": "macroceStamp".
-class QELXVARDOSChildLRDObject_V1 : public EntryLRDObject_V1<QELXVARDOSChildLRDObject_V1, QELXVARDOSChildLRDObject> {
-  ZYM_DECLARE_COMPONENT(QELXVARDOSChildLRDObject_V1);
-
- public:
-  using EntryLRDObject_V1::EntryLRDObject_V1;
-};
-
-/// Format "4.0": "xsStamp".
-class QELXVARDOSChildLRDObject_V4 : public EntryLRDObject_V4<QELXVARDOSChildLRDObject_V4, QELXVARDOSChildLRDObject_V1> {
-  ZYM_DECLARE_COMPONENT(QELXVARDOSChildLRDObject_V4);
-
- public:
-  using EntryLRDObject_V4::EntryLRDObject_V4;
-};
+using QELXVARDOSChildLRDObject_V1 = RecordOf<QELXVARDOSChildLRDObject, Format::ChildV1>;
+using QELXVARDOSChildLRDObject_V4 = RecordOf<QELXVARDOSChildLRDObject, Format::ChildV4>;

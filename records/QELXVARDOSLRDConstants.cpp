@@ -133,6 +133,7 @@ ZYM_LOADED_AS(KindNames) const ZYMUnicodeString Rel("QELWUBRelLRDObject");
 }  // namespace KindName
 
 namespace ClassName {
+ZYM_LOADED_AS(ClassNames) const ZYMUnicodeString Plain("QELXVARDOSLRDObject");
 ZYM_LOADED_AS(ClassNames) const ZYMUnicodeString Full("QELXVARDOSFullLRDObject");
 ZYM_LOADED_AS(ClassNames) const ZYMUnicodeString FullV1("QELXVARDOSFullLRDObject_V1");
 ZYM_LOADED_AS(ClassNames) const ZYMUnicodeString FullV2("QELXVARDOSFullLRDObject_V2");

@@ -147,6 +147,7 @@ extern const ZYMUnicodeString Rel;          // "QELWUBRelLRDObject"
 
 /// The record classes. Later formats reuse a class where they changed nothing, so numbers are missing.
 namespace ClassName {
+extern const ZYMUnicodeString Plain;          // "QELXVARDOSLRDObject"
 extern const ZYMUnicodeString Full;           // "QELXVARDOSFullLRDObject"
 extern const ZYMUnicodeString FullV1;         // "QELXVARDOSFullLRDObject_V1"
 extern const ZYMUnicodeString FullV2;         // "QELXVARDOSFullLRDObject_V2"

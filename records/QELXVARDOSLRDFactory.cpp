@@ -1,8 +1,6 @@
 #include "records/QELXVARDOSLRDFactory.h"
 
-#include <algorithm>
-#include <array>
-#include <utility>
+#include <optional>
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSPath.h"
@@ -31,80 +29,46 @@ struct Origin {
   ZYMUnicodeStringList members;
 };
 
-template <typename Class>
-Record FromFile(const ZYMIDOMNode_var& element, bool& fromFile) {
-  return ZYMMakeComponent<Class>(element, fromFile);
-}
-template <typename Class>
-Record Full(const ZYMIDOMNode_var& object, const Origin& origin) {
-  return ZYMMakeComponent<Class>(object, origin.version);
-}
-template <>
-Record Full<QELXVARDOSFullLRDObject>(const ZYMIDOMNode_var& object, const Origin& /*origin*/) {
-  return ZYMMakeComponent<QELXVARDOSFullLRDObject>(object);
-}
-template <typename Class>
-Record Child(const ZYMIDOMNode_var& object, const Origin& origin) {
-  return ZYMMakeComponent<Class>(object, origin.identifier);
-}
-template <typename Class>
-Record Composition(const ZYMIDOMNode_var& object, const Origin& origin) {
-  return ZYMMakeComponent<Class>(object, origin.identifier, origin.members);
-}
-template <typename Class>
-Record Relationship(const ZYMIDOMNode_var& object, const Origin& /*origin*/) {
-  return ZYMMakeComponent<Class>(object);
+Record FromFile(const RecordFormat& format, const ZYMIDOMNode_var& element, bool& fromFile) {
+  switch (format.kind) {
+    case RecordKind::Full:
+      return ZYMMakeComponent<QELXVARDOSFullLRDObject>(format, element, fromFile);
+    case RecordKind::Child:
+      return ZYMMakeComponent<QELXVARDOSChildLRDObject>(format, element, fromFile);
+    case RecordKind::Composition:
+      return ZYMMakeComponent<QELXVARDOSCompositionLRDObject>(format, element, fromFile);
+    case RecordKind::Rel:
+      return ZYMMakeComponent<QELXVARDOSRelLRDObject>(format, element, fromFile);
+  }
+  return {};
 }
 
-struct RecordClass {
-  const ZYMUnicodeString& name;
-  Record (*fromFile)(const ZYMIDOMNode_var& element, bool& fromFile);
-  Record (*fromObject)(const ZYMIDOMNode_var& object, const Origin& origin);
-};
-
-// Every record class: its name, how it is made from a file, how from an object of a tree. A new class is a row.
-const std::array<RecordClass, 12> RecordClasses = {{
-    {ClassName::FullV1, FromFile<QELXVARDOSFullLRDObject_V1>, Full<QELXVARDOSFullLRDObject_V1>},
-    {ClassName::FullV2, FromFile<QELXVARDOSFullLRDObject_V2>, Full<QELXVARDOSFullLRDObject_V2>},
-    {ClassName::Full, FromFile<QELXVARDOSFullLRDObject>, Full<QELXVARDOSFullLRDObject>},
-    {ClassName::Child, FromFile<QELXVARDOSChildLRDObject>, Child<QELXVARDOSChildLRDObject>},
-    {ClassName::ChildV1, FromFile<QELXVARDOSChildLRDObject_V1>, Child<QELXVARDOSChildLRDObject_V1>},
-    {ClassName::Composition, FromFile<QELXVARDOSCompositionLRDObject>, Composition<QELXVARDOSCompositionLRDObject>},
-    {ClassName::CompositionV1, FromFile<QELXVARDOSCompositionLRDObject_V1>,
-     Composition<QELXVARDOSCompositionLRDObject_V1>},
-    {ClassName::Rel, FromFile<QELXVARDOSRelLRDObject>, Relationship<QELXVARDOSRelLRDObject>},
-    {ClassName::RelV3, FromFile<QELXVARDOSRelLRDObject_V3>, Relationship<QELXVARDOSRelLRDObject_V3>},
-    {ClassName::ChildV4, FromFile<QELXVARDOSChildLRDObject_V4>, Child<QELXVARDOSChildLRDObject_V4>},
-    {ClassName::FullV4, FromFile<QELXVARDOSFullLRDObject_V4>, Full<QELXVARDOSFullLRDObject_V4>},
-    {ClassName::CompositionV4, FromFile<QELXVARDOSCompositionLRDObject_V4>,
-     Composition<QELXVARDOSCompositionLRDObject_V4>},
-}};
-
-const RecordClass* FindClass(const ZYMUnicodeString& name) {
-  // Most records are of the newest classes.
-  const auto found = std::find_if(RecordClasses.rbegin(), RecordClasses.rend(),
-                                  [&name](const RecordClass& recordClass) { return recordClass.name == name; });
-  return found == RecordClasses.rend() ? nullptr : &*found;
+Record FromObject(const RecordFormat& format, const ZYMIDOMNode_var& object, const Origin& origin) {
+  switch (format.kind) {
+    case RecordKind::Full:
+      return ZYMMakeComponent<QELXVARDOSFullLRDObject>(format, object, origin.version);
+    case RecordKind::Child:
+      return ZYMMakeComponent<QELXVARDOSChildLRDObject>(format, object, origin.identifier);
+    case RecordKind::Composition:
+      return ZYMMakeComponent<QELXVARDOSCompositionLRDObject>(format, object, origin.identifier, origin.members);
+    case RecordKind::Rel:
+      return ZYMMakeComponent<QELXVARDOSRelLRDObject>(format, object);
+  }
+  return {};
 }
 
-Record MakeFromObject(const ZYMUnicodeString& className, const ZYMIDOMNode_var& object, const Origin& origin) {
-  const RecordClass* recordClass = FindClass(className);
-  return recordClass == nullptr ? Record() : recordClass->fromObject(object, origin);
-}
-
-// Which kind of record an element of a record file holds; empty for any other element.
-const ZYMUnicodeString& KindOf(const ZYMUnicodeString& elementName) {
-  static const ZYMUnicodeString None;
+// Which kind of record an element of a record file holds; none for any other element.
+std::optional<RecordKind> KindOf(const ZYMUnicodeString& elementName) {
   if (elementName == Word::Object) {
-    return KindName::Full;
+    return RecordKind::Full;
   }
   if (elementName == Word::Structure) {
-    return KindName::Child;
+    return RecordKind::Child;
   }
   if (elementName == Word::Rel) {
-    return KindName::Rel;
+    return RecordKind::Rel;
   }
-  return elementName == Word::Composition ? KindName::Composition : None;
+  return elementName == Word::Composition ? std::optional(RecordKind::Composition) : std::nullopt;
 }
 
 void TraceCreated(const Record& record) {
@@ -119,9 +83,14 @@ QELXVARDOSLRDFactory::~QELXVARDOSLRDFactory() = default;
 
 HRESULT QELXVARDOSLRDFactory::CreateObject(const ZYMUnicodeString& className, const ZYMIDOMNode_var& element,
                                            bool& fromFile, QELXIVARDOSLRDObject_var& record) {
+  return CreateObject(QELXVARDOSLRDVersionInfo::FormatNamed(className), element, fromFile, record);
+}
+
+HRESULT QELXVARDOSLRDFactory::CreateObject(const RecordFormat* format, const ZYMIDOMNode_var& element, bool& fromFile,
+                                           QELXIVARDOSLRDObject_var& record) {
   const Step step(Trace, "QELXVARDOSLRDFactory::CreateObject");
-  if (const RecordClass* recordClass = FindClass(className); recordClass != nullptr) {
-    record = recordClass->fromFile(element, fromFile);
+  if (format != nullptr) {
+    record = FromFile(*format, element, fromFile);
   }
   TraceCreated(record);
   return step.Return(S_OK);
@@ -130,10 +99,9 @@ HRESULT QELXVARDOSLRDFactory::CreateObject(const ZYMUnicodeString& className, co
 HRESULT QELXVARDOSLRDFactory::GetLRDObjectFromLRDFile(const ZYMIDOMNode_var& element, const ZYMUnicodeString& version,
                                                       QELXIVARDOSLRDObject_var& record) {
   const Step step(Trace, "QELXVARDOSLRDFactory::GetLRDObjectFromLRDFile");
-  const ZYMUnicodeString& kind = KindOf(NodeName(element));
-  if (!kind.IsEmpty()) {
+  if (const std::optional<RecordKind> kind = KindOf(NodeName(element)); kind) {
     bool fromFile = true;
-    CreateObject(QELXVARDOSLRDVersionInfo::ClassName(version.IsEmpty() ? FormatVersion::Default : version, kind),
+    CreateObject(QELXVARDOSLRDVersionInfo::FormatOf(version.IsEmpty() ? FormatVersion::Default : version, *kind),
                  element, fromFile, record);
   }
   return step.Return(S_OK);
@@ -155,8 +123,7 @@ HRESULT QELXVARDOSLRDFactory::GetLRDObject(const QELIVARDOSGlobalConfigObject_va
       ClassifyLRDObject(config, command, made);
     } else if (name == Word::Relationship) {
       // The server's answers lead to the class of the oldest format, whatever the format of the records around it.
-      const ZYMUnicodeString& className = version == FormatVersion::V3 ? ClassName::RelV3 : ClassName::Rel;
-      made = MakeFromObject(className, object, Origin{version, {}, {}});
+      made = FromObject(version == FormatVersion::V3 ? Format::RelV3 : Format::Rel, object, Origin{version, {}, {}});
     }
   }
   if (made) {
@@ -172,18 +139,19 @@ QELXIVARDOSLRDObject_var QELXVARDOSLRDFactory::MakeFullRecord(const ZYMUnicodeSt
   ZYMUnicodeStringList members;
   QELXVARDOSIdentifier(object).IdentifyComposition(members);
   const Origin origin{version, identifier, members};
-
-  Record full = MakeFromObject(QELXVARDOSLRDVersionInfo::ClassName(version, KindName::Full), object, origin);
-  if (full.IsNull()) {
-    return full;
+  const RecordFormat* format = QELXVARDOSLRDVersionInfo::FormatOf(version, RecordKind::Full);
+  if (format == nullptr) {
+    return {};
   }
+  Record full = FromObject(*format, object, origin);
+  const auto addPart = [&](RecordKind kind) {
+    full->AddCompositionObject(FromObject(*QELXVARDOSLRDVersionInfo::FormatOf(version, kind), object, origin));
+  };
   if (!(version == FormatVersion::V2)) {
-    full->AddCompositionObject(
-        MakeFromObject(QELXVARDOSLRDVersionInfo::ClassName(version, KindName::Child), object, origin));
+    addPart(RecordKind::Child);
   }
   if (members.Size() != 0) {
-    full->AddCompositionObject(
-        MakeFromObject(QELXVARDOSLRDVersionInfo::ClassName(version, KindName::Composition), object, origin));
+    addPart(RecordKind::Composition);
   }
   return full;
 }

@@ -4,6 +4,8 @@
 #include "platform/QELIVARDOSGlobalConfigObject.h"
 #include "platform/ZYMUnicodeStringZYMUnicodeStringDico.h"
 
+struct RecordFormat;
+
 /// The one place where records are made. Every status is 0: what could not be made shows as a handle that stays as it
 /// came. A null configuration, and a null record where one is needed, raise ZYMNullHandleError.
 class QELXVARDOSLRDFactory {
@@ -48,6 +50,8 @@ class QELXVARDOSLRDFactory {
   Paths PathsOf(const ZYMUnicodeString& cadName, const ZYMIDOMElement_var& cadobject);
 
  private:
+  HRESULT CreateObject(const RecordFormat* format, const ZYMIDOMNode_var& element, bool& fromFile,
+                       QELXIVARDOSLRDObject_var& record);
   QELXIVARDOSLRDObject_var MakeFullRecord(const ZYMUnicodeString& version, const ZYMIDOMNode_var& object,
                                           const ZYMUnicodeString& identifier);
 };

@@ -9,13 +9,10 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/Steps.h"
-#include "platform/ZYMFillDictionary.h"
 #include "platform/ZYMIDOMLook.h"
 #include "records/FileStamp.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
-
-ZYM_DEFINE_COMPONENT(QELXVARDOSLRDObject, QELXIVARDOSLRDObject)
 
 namespace {
 
@@ -51,9 +48,23 @@ void MoveInto(PendingReleases& pending, QELXIVARDOSLRDObject_varList& records) n
 
 }  // namespace
 
-QELXVARDOSLRDObject::QELXVARDOSLRDObject() = default;
+// In the order of a file. The stamps of later formats stand before the last.
+constexpr std::array<QELXVARDOSLRDObject::CoreValue, 4> QELXVARDOSLRDObject::CoreValues = {{
+    {Word::Phid, "AddPhysicalIdNode", &QELXVARDOSLRDObject::physicalId_},
+    {Word::ObjectChangeStamp, "AddObjectChangeStampNode", &QELXVARDOSLRDObject::objectChangeStamp_},
+    {Word::CEStamp, "AddCEStampNode", &QELXVARDOSLRDObject::ceStamp_},
+    {Word::Hashcode, "AddHashcodeNode", &QELXVARDOSLRDObject::hashcode_},
+}};
 
-QELXVARDOSLRDObject::QELXVARDOSLRDObject(const ZYMIDOMNode_var& cadobject) {
+QELXVARDOSLRDObject::QELXVARDOSLRDObject() : QELXVARDOSLRDObject(Format::Plain) {}
+
+QELXVARDOSLRDObject::QELXVARDOSLRDObject(const ZYMIDOMNode_var& cadobject)
+    : QELXVARDOSLRDObject(Format::Plain, cadobject) {}
+
+QELXVARDOSLRDObject::QELXVARDOSLRDObject(const RecordFormat& format) : format_(format) {}
+
+QELXVARDOSLRDObject::QELXVARDOSLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject)
+    : format_(format) {
   const ZYMIDOMElement_var element(cadobject);
   if (element.IsNull()) {
     return;
@@ -93,19 +104,39 @@ HRESULT QELXVARDOSLRDObject::GetLocalFileStamp(const ZYMIDOMElement_var& element
   return step.Return(S_OK);
 }
 
+void QELXVARDOSLRDObject::OpenSteps(RecordFormat::Classes classes, const char* operation) {
+  for (const RecordFormat* format : classes) {
+    const Step step(Trace, format->name.CStr(), operation);
+  }
+}
+
+HRESULT QELXVARDOSLRDObject::CloseSteps(RecordFormat::Classes classes, HRESULT status) {
+  for (std::size_t open = classes.size(); open != 0; --open) {
+    Step::Close(Trace, status);
+  }
+  return status;
+}
+
 HRESULT QELXVARDOSLRDObject::Initialize(const ZYMIDOMNode_var& node) {
-  const Step step(Trace, "QELXVARDOSLRDObject::Initialize");
+  OpenSteps(format_.initializes, "Initialize");
   writeFlag_ = false;
   stateFlag_ = false;
-  const ZYMIDOMElement_var element(node);
-  if (element.IsNull()) {
-    return step.Return(S_OK);
+  if (const ZYMIDOMElement_var element(node); element) {
+    for (const CoreValue& value : CoreValues) {
+      Read(value, element);
+    }
   }
-  ReadRequiredText(element, Word::Phid, physicalId_);
-  ReadRequiredText(element, Word::ObjectChangeStamp, objectChangeStamp_);
-  ReadRequiredText(element, Word::CEStamp, ceStamp_);
-  ReadRequiredText(element, Word::Hashcode, hashcode_);
-  return step.Return(S_OK);
+  return CloseSteps(format_.initializes, S_OK);
+}
+
+void QELXVARDOSLRDObject::ReadPhysicalId(const ZYMIDOMElement_var& element) { Read(CoreValues.front(), element); }
+
+void QELXVARDOSLRDObject::Read(const CoreValue& value, const ZYMIDOMElement_var& element) {
+  if (!TakeTextOfFirst(element, value.word, this->*value.field)) {
+    QELVARDOSSystemUtils::SetLastError("<" + NodeName(element).Str() + "> lacks the element <" + value.word.Str() +
+                                       ">");
+    ZYMRaiseNullHandle(ZYMIDOMNode::ClassName());
+  }
 }
 
 HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
@@ -115,28 +146,28 @@ HRESULT QELXVARDOSLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& vi
   if (const HRESULT status = BeginXML(visited, Word::Object, document, object); FAILED(status)) {
     return step.Return(status);
   }
-  HRESULT status = UntilFailure(
-      [&] { return AddPhysicalIdNode(document, object); }, [&] { return AddObjectChangeStampNode(document, object); },
-      [&] { return AddCEStampNode(document, object); }, [&] { return AddHashcodeNode(document, object); });
-
+  HRESULT status = AddValues(document, object);
   QELXIVARDOSLRDObject_varList path(visited);
   path.Append(QELXIVARDOSLRDObject_var(this));
-  for (const QELXIVARDOSLRDObject_var& child : children_) {
+  for (const QELXIVARDOSLRDObject_var& child : std::as_const(children_)) {
     if (visited.Locate(child) != 0) {
       continue;
     }
     if (SUCCEEDED(status) && child->GetWriteFlag()) {
-      ZYMIDOMElement_var nested;
-      status = child->GetXMLFormat(path, nested);
-      if (SUCCEEDED(status) && nested) {
-        ZYMIDOMNode_var appended;
-        status = object->appendChild(nested, appended);
-      }
+      status = AppendChild(child, path, object);
     }
     // Inside the loop on purpose: a plain record without children hands out no element.
     element = object;
   }
   return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDObject::AppendChild(const QELXIVARDOSLRDObject_var& child,
+                                         const QELXIVARDOSLRDObject_varList& path, const ZYMIDOMElement_var& object) {
+  ZYMIDOMElement_var nested;
+  ZYMIDOMNode_var appended;
+  const HRESULT status = child->GetXMLFormat(path, nested);
+  return SUCCEEDED(status) && nested ? object->appendChild(nested, appended) : status;
 }
 
 HRESULT QELXVARDOSLRDObject::BeginXML(const QELXIVARDOSLRDObject_varList& visited, const ZYMUnicodeString& rootName,
@@ -167,34 +198,43 @@ HRESULT QELXVARDOSLRDObject::AppendTextNode(const ZYMUnicodeString& tag, const Z
   return step.Return(parent->appendTextElement(document, tag, value));
 }
 
-HRESULT QELXVARDOSLRDObject::AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
-                                         const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+HRESULT QELXVARDOSLRDObject::AddValue(const ZYMUnicodeString& className, const char* adder, const ZYMUnicodeString& tag,
+                                      const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
+                                      const ZYMIDOMElement_var& parent) {
+  const Step step(Trace, className.CStr(), adder);
   const HRESULT status = AppendTextNode(tag, value, document, parent);
   if (SUCCEEDED(status)) {
     Trace.Write(tag, " node added with value : ", value);
   }
+  return step.Return(status);
+}
+
+HRESULT QELXVARDOSLRDObject::Add(const CoreValue& value, const ZYMIDOMDocument_var& document,
+                                 const ZYMIDOMElement_var& parent) const {
+  return AddValue(ClassName::Plain, value.adder, value.word, this->*value.field, document, parent);
+}
+
+HRESULT QELXVARDOSLRDObject::AddPhysicalIdNode(const ZYMIDOMDocument_var& document,
+                                               const ZYMIDOMElement_var& parent) const {
+  return Add(CoreValues.front(), document, parent);
+}
+
+HRESULT QELXVARDOSLRDObject::AddStamps(const ZYMIDOMDocument_var& /*document*/,
+                                       const ZYMIDOMElement_var& /*parent*/) const {
+  return S_OK;
+}
+
+HRESULT QELXVARDOSLRDObject::AddValues(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const {
+  HRESULT status = S_OK;
+  for (const CoreValue& value : CoreValues) {
+    if (SUCCEEDED(status) && &value == &CoreValues.back()) {
+      status = AddStamps(document, parent);
+    }
+    if (SUCCEEDED(status)) {
+      status = Add(value, document, parent);
+    }
+  }
   return status;
-}
-
-HRESULT QELXVARDOSLRDObject::AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
-  const Step step(Trace, "QELXVARDOSLRDObject::AddPhysicalIdNode");
-  return step.Return(AddTextNode(Word::Phid, physicalId_, document, parent));
-}
-
-HRESULT QELXVARDOSLRDObject::AddObjectChangeStampNode(const ZYMIDOMDocument_var& document,
-                                                      const ZYMIDOMElement_var& parent) {
-  const Step step(Trace, "QELXVARDOSLRDObject::AddObjectChangeStampNode");
-  return step.Return(AddTextNode(Word::ObjectChangeStamp, objectChangeStamp_, document, parent));
-}
-
-HRESULT QELXVARDOSLRDObject::AddCEStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
-  const Step step(Trace, "QELXVARDOSLRDObject::AddCEStampNode");
-  return step.Return(AddTextNode(Word::CEStamp, ceStamp_, document, parent));
-}
-
-HRESULT QELXVARDOSLRDObject::AddHashcodeNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
-  const Step step(Trace, "QELXVARDOSLRDObject::AddHashcodeNode");
-  return step.Return(AddTextNode(Word::Hashcode, hashcode_, document, parent));
 }
 
 void QELXVARDOSLRDObject::SetLRDFilePath(const QELVARDOSPath& path) {
@@ -300,7 +340,7 @@ HRESULT QELXVARDOSLRDObject::CopyFromLRDObject(const QELXIVARDOSLRDObject_var& o
 }
 
 void QELXVARDOSLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& other) {
-  const Step step(Trace, "QELXVARDOSLRDObject::updateLRDObject");
+  OpenSteps(format_.updates, "updateLRDObject");
   physicalId_ = other->GetPhysicalId();
   ceStamp_ = other->GetCEStamp();
   Trace.Write("physicaid : ", physicalId_, "CEStamp : ", ceStamp_, " Updated");
@@ -325,14 +365,6 @@ HRESULT QELXVARDOSLRDObject::updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObje
   const Step step(Trace, "QELXVARDOSFullLRDObject_V4::updateLRDObjectCEStampOnly");
   ceStamp_ = other->GetCEStamp();
   return step.Return(S_OK);
-}
-
-void QELXVARDOSLRDObject::ReadRequiredText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag,
-                                           ZYMUnicodeString& value) {
-  if (!TakeTextOfFirst(element, tag, value)) {
-    QELVARDOSSystemUtils::SetLastError("<" + NodeName(element).Str() + "> lacks the element <" + tag.Str() + ">");
-    ZYMRaiseNullHandle(ZYMIDOMNode::ClassName());
-  }
 }
 
 void QELXVARDOSLRDObject::ReleaseLater(QELXIVARDOSLRDObject_varList& records) noexcept {

@@ -1,16 +1,16 @@
 #pragma once
 
+#include <array>
 #include <system_error>
 
 #include "component/QELXIVARDOSLRDObject.h"
 #include "platform/QELVARDOSPath.h"
 #include "platform/ZYMIDOM.h"
+#include "records/RecordFormat.h"
 
 /// The base of all records. By itself it is a plain record: it has the fields that every record shares, writes its four
 /// core values and nests those of its children whose write flag is set.
 class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
-  ZYM_DECLARE_COMPONENT(QELXVARDOSLRDObject);
-
  public:
   /// Everything empty, both flags false.
   QELXVARDOSLRDObject();
@@ -18,6 +18,11 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   /// object file's own. A node that is no element leaves the record empty.
   explicit QELXVARDOSLRDObject(const ZYMIDOMNode_var& cadobject);
   ~QELXVARDOSLRDObject() override;
+
+  /// The class is that of the record's format, whatever its class in C++.
+  ZYMMetaObject* GetMetaObject() const override { return format_.meta(); }
+  const char* IsA() const override { return GetMetaObject()->IsA(); }
+  bool IsAKindOf(const char* className) const override { return GetMetaObject()->IsAKindOf(className); }
 
   HRESULT Initialize(const ZYMIDOMNode_var& element) override;
   const ZYMUnicodeString& GetSelectedFlag() const override { return selectedFlag_; }
@@ -75,19 +80,31 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   HRESULT updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObject_var& other) override;
 
  protected:
+  explicit QELXVARDOSLRDObject(const RecordFormat& format);
+  QELXVARDOSLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject);
+
+  /// The steps of an operation, each of these classes calling the one behind it.
+  static void OpenSteps(RecordFormat::Classes classes, const char* operation);
+  static HRESULT CloseSteps(RecordFormat::Classes classes, HRESULT status);
+
   /// The stamp of the file that the element names; empty without "filename" and without a file.
   HRESULT GetLocalFileStamp(const ZYMIDOMElement_var& element, ZYMUnicodeString& stamp);
 
-  HRESULT AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
-  HRESULT AddObjectChangeStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
-  HRESULT AddCEStampNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
-  HRESULT AddHashcodeNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
-  /// What the four above and their like in later formats do.
-  HRESULT AddTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
-                      const ZYMIDOMElement_var& parent);
-  /// The same without a line in the trace.
-  HRESULT AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
-                         const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
+  /// Adds the values that the record has in a file, all in their order.
+  HRESULT AddValues(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const;
+  HRESULT AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const;
+  /// Adds those that formats brought after the first.
+  virtual HRESULT AddStamps(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const;
+  /// An element with one text node, which is there even when the value is empty; className and adder name the step.
+  static HRESULT AddValue(const ZYMUnicodeString& className, const char* adder, const ZYMUnicodeString& tag,
+                          const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
+                          const ZYMIDOMElement_var& parent);
+  /// The same without a line that tells the value.
+  static HRESULT AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
+                                const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
+  /// Nests the XML of a child into object. path: visited and this record.
+  static HRESULT AppendChild(const QELXIVARDOSLRDObject_var& child, const QELXIVARDOSLRDObject_varList& path,
+                             const ZYMIDOMElement_var& object);
   /// A new document with its document element.
   static HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
                                 ZYMIDOMElement_var& root);
@@ -97,9 +114,8 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   HRESULT BeginXML(const QELXIVARDOSLRDObject_varList& visited, const ZYMUnicodeString& rootName,
                    ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) const;
 
-  /// Takes the text of the first element of that name below element, as TakeTextOfFirst does; a missing element raises
-  /// ZYMNullHandleError: a record file must have it.
-  static void ReadRequiredText(const ZYMIDOMElement_var& element, const ZYMUnicodeString& tag, ZYMUnicodeString& value);
+  /// Reads what every file must have; a missing element raises ZYMNullHandleError.
+  void ReadPhysicalId(const ZYMIDOMElement_var& element);
 
   /// Drops the list's references. However long the chain of records that dies with them, none is destroyed within
   /// another's destruction.
@@ -107,12 +123,12 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   /// For the record that owns this one as a sub-record: undoes the circle of a child record and its relationship.
   void ForgetParentRelationships() noexcept { ReleaseLater(parentRelationships_); }
 
+  const RecordFormat& format_;
   ZYMUnicodeString physicalId_;
   ZYMUnicodeString ceStamp_;
   ZYMUnicodeString cadId_;
   ZYMUnicodeString objectChangeStamp_;
   ZYMUnicodeString hashcode_;
-  bool writeFlag_ = false;
   QELXIVARDOSLRDObject_varList children_;
   ZYMUnicodeStringList typeClasses_;
   ZYMUnicodeString selectedFlag_;
@@ -124,9 +140,22 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   QELXIVARDOSLRDObject_varList parentRelationships_;
   QELXIVARDOSLRDObject_varList childRelationships_;
   QELXIVARDOSLRDObject_varList relatedChildren_;
+  bool writeFlag_ = false;
   bool stateFlag_ = false;
   /// Why the object's file could not be looked at when its stamp was last asked for.
   std::error_code unseen_;
+
+ private:
+  /// A value of every record: an element that every file must have.
+  struct CoreValue {
+    const ZYMUnicodeString& word;
+    const char* adder;
+    ZYMUnicodeString QELXVARDOSLRDObject::*field;
+  };
+  static const std::array<CoreValue, 4> CoreValues;
+
+  void Read(const CoreValue& value, const ZYMIDOMElement_var& element);
+  HRESULT Add(const CoreValue& value, const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const;
 
   friend class QELXVARDOSFullLRDObject;
 };

@@ -1,6 +1,7 @@
 #include "records/QELXVARDOSLRDVersionInfo.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -8,75 +9,183 @@
 #include "platform/ZYMLoadOrder.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
-namespace {
+namespace Format {
 
-struct Version {
-  const ZYMUnicodeString& name;
-  std::optional<ZYMUnicodeStringList> capabilities;
-  const ZYMUnicodeString& full;
-  const ZYMUnicodeString& child;
-  const ZYMUnicodeString& composition;
-  const ZYMUnicodeString& rel;
-};
+// The formats, oldest first, each with the stamp that it brought.
+constexpr RecordFormat Plain{.name = ClassName::Plain,
+                             .before = nullptr,
+                             .meta = MetaObjectOf<Plain>,
+                             .initializes = {&Plain},
+                             .updates = {&Plain}};
+
+// "0.0"
+constexpr RecordFormat Full{.name = ClassName::Full,
+                            .before = &Plain,
+                            .meta = MetaObjectOf<Full>,
+                            .initializes = {&Full, &Plain},
+                            .updates = {&Full, &Plain}};
+constexpr RecordFormat Child{.name = ClassName::Child,
+                             .kind = RecordKind::Child,
+                             .before = &Plain,
+                             .meta = MetaObjectOf<Child>,
+                             .initializes = {&Child, &Plain},
+                             .updates = {&Plain}};
+constexpr RecordFormat Composition{.name = ClassName::Composition,
+                                   .kind = RecordKind::Composition,
+                                   .before = &Plain,
+                                   .meta = MetaObjectOf<Composition>,
+                                   .initializes = {&Composition, &Plain},
+                                   .updates = {&Plain}};
+constexpr RecordFormat Rel{.name = ClassName::Rel,
+                           .kind = RecordKind::Rel,
+                           .before = &Plain,
+                           .meta = MetaObjectOf<Rel>,
+                           .initializes = {&Rel},
+                           .updates = {&Plain}};
+
+// "1.0"
+constexpr RecordStamp MacroCEStamp{Word::MacroCEStamp, "AddMacroCEStampNode", &Stamps::macroCE,
+                                   &QELXIVARDOSLRDObject::GetMacroCEStamp};
+constexpr RecordFormat FullV1{.name = ClassName::FullV1,
+                              .before = &Full,
+                              .meta = MetaObjectOf<FullV1>,
+                              .stamps = {{MacroCEStamp, FullV1, false}},
+                              .initializes = {&FullV1, &Full, &Plain},
+                              .updates = {&FullV1, &Full, &Plain},
+                              .version = RecordFormat::Version::Lost};
+constexpr RecordFormat ChildV1{.name = ClassName::ChildV1,
+                               .kind = RecordKind::Child,
+                               .before = &Child,
+                               .meta = MetaObjectOf<ChildV1>,
+                               .stamps = {{MacroCEStamp, ChildV1, false}},
+                               .initializes = {&ChildV1, &Child, &Plain},
+                               .updates = {&ChildV1, &Plain}};
+constexpr RecordFormat CompositionV1{.name = ClassName::CompositionV1,
+                                     .kind = RecordKind::Composition,
+                                     .before = &Composition,
+                                     .meta = MetaObjectOf<CompositionV1>,
+                                     .stamps = {{MacroCEStamp, CompositionV1, false}},
+                                     .initializes = {&CompositionV1, &Composition, &Plain},
+                                     .updates = {&CompositionV1, &Plain}};
+
+// "2.0"
+constexpr RecordFormat FullV2{.name = ClassName::FullV2,
+                              .before = &FullV1,
+                              .meta = MetaObjectOf<FullV2>,
+                              .stamps = FullV1.stamps,
+                              .initializes = {&FullV2, &FullV1, &Full, &Plain},
+                              .writes = ClassName::FullV1,
+                              .updates = FullV1.updates,
+                              .version = RecordFormat::Version::Lost,
+                              .compositionsAlone = true};
+
+// "3.0"
+constexpr RecordFormat RelV3{.name = ClassName::RelV3,
+                             .kind = RecordKind::Rel,
+                             .before = &Rel,
+                             .meta = MetaObjectOf<RelV3>,
+                             .initializes = {&RelV3, &Rel},
+                             .updates = {&Plain},
+                             .childPhid = true};
+
+// "4.0". Its full record's update goes back beyond "1.0". Its entries have a macro CE stamp anew: the old one is what
+// Initialize reads.
+constexpr RecordStamp XSStamp{Word::XSStamp, "AddXCADSyncroStampNode", &Stamps::xs, &QELXIVARDOSLRDObject::GetXSStamp};
+constexpr RecordFormat FullV4{.name = ClassName::FullV4,
+                              .before = &FullV1,
+                              .meta = MetaObjectOf<FullV4>,
+                              .stamps = {{MacroCEStamp, FullV1, false}, {XSStamp, FullV4}},
+                              .initializes = FullV1.initializes,
+                              .updates = {&FullV4, &Full, &Plain},
+                              .version = RecordFormat::Version::Kept};
+constexpr RecordFormat ChildV4{.name = ClassName::ChildV4,
+                               .kind = RecordKind::Child,
+                               .before = &ChildV1,
+                               .meta = MetaObjectOf<ChildV4>,
+                               .stamps = {{MacroCEStamp, ChildV4}, {XSStamp, ChildV4}},
+                               .initializes = ChildV1.initializes,
+                               .updates = {&ChildV4, &ChildV1, &Plain}};
+constexpr RecordFormat CompositionV4{.name = ClassName::CompositionV4,
+                                     .kind = RecordKind::Composition,
+                                     .before = &CompositionV1,
+                                     .meta = MetaObjectOf<CompositionV4>,
+                                     .stamps = {{MacroCEStamp, CompositionV4}, {XSStamp, CompositionV4}},
+                                     .initializes = CompositionV1.initializes,
+                                     .updates = {&CompositionV4, &CompositionV1, &Plain}};
+
+}  // namespace Format
+
+namespace {
 
 using Capabilities = ZYMUnicodeStringList;
 
-// The ledger of the formats, oldest first: what each can do, then its classes of full, child, composition and
-// relationship records.
+struct Version {
+  const ZYMUnicodeString& name;
+  std::optional<Capabilities> capabilities;
+  std::array<const RecordFormat*, 4> formats;  // in the order of RecordKind
+};
+
+// The ledger of the versions, newest first: most files are of the newest.
 ZYM_LOADED_AS(Tables)
 const std::vector<Version> Ledger = {
-    // The first format.
-    {FormatVersion::V0, Capabilities{Capability::Baseline},  //
-     ClassName::Full, ClassName::Child, ClassName::Composition, ClassName::Rel},
-    // Brought "macroceStamp", and "version" on the full record.
-    {FormatVersion::V1, Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES},  //
-     ClassName::FullV1, ClassName::ChildV1, ClassName::CompositionV1, ClassName::Rel},
-    // For check-out by path: a full record holds composition records alone.
-    {FormatVersion::V2,
-     Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES, Capability::CheckoutExModePath},
-     ClassName::FullV2, ClassName::ChildV1, ClassName::CompositionV1, ClassName::Rel},
+    // Brought "xsStamp". Nobody asks for its capabilities; it has no list.
+    {FormatVersion::V4, std::nullopt, {&Format::FullV4, &Format::ChildV4, &Format::CompositionV4, &Format::RelV3}},
     // Went on from "1.0", not from "2.0": brought "childPhid" to relationship records.
     {FormatVersion::V3,
      Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES, Capability::RelUUIDRecognition},
-     ClassName::FullV1, ClassName::ChildV1, ClassName::CompositionV1, ClassName::RelV3},
-    // Brought "xsStamp". Nobody asks for its capabilities; it has no list.
-    {FormatVersion::V4, std::nullopt,  //
-     ClassName::FullV4, ClassName::ChildV4, ClassName::CompositionV4, ClassName::RelV3},
+     {&Format::FullV1, &Format::ChildV1, &Format::CompositionV1, &Format::RelV3}},
+    // For check-out by path: a full record holds composition records alone.
+    {FormatVersion::V2,
+     Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES, Capability::CheckoutExModePath},
+     {&Format::FullV2, &Format::ChildV1, &Format::CompositionV1, &Format::Rel}},
+    // Brought "macroceStamp", and "version" on the full record.
+    {FormatVersion::V1,
+     Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES},
+     {&Format::FullV1, &Format::ChildV1, &Format::CompositionV1, &Format::Rel}},
+    // The first format.
+    {FormatVersion::V0,
+     Capabilities{Capability::Baseline},
+     {&Format::Full, &Format::Child, &Format::Composition, &Format::Rel}},
 };
 
 const Version* Find(const ZYMUnicodeString& name) {
-  // Most files are of the newest format.
   const auto found =
-      std::find_if(Ledger.rbegin(), Ledger.rend(), [&name](const Version& version) { return version.name == name; });
-  return found == Ledger.rend() ? nullptr : &*found;
+      std::find_if(Ledger.begin(), Ledger.end(), [&name](const Version& version) { return version.name == name; });
+  return found == Ledger.end() ? nullptr : &*found;
 }
 
 }  // namespace
 
 QELXVARDOSLRDVersionInfo::~QELXVARDOSLRDVersionInfo() = default;
 
+const RecordFormat* QELXVARDOSLRDVersionInfo::FormatOf(const ZYMUnicodeString& version, RecordKind kind) {
+  const Version* found = Find(version);
+  return found == nullptr ? nullptr : found->formats[static_cast<std::size_t>(kind)];
+}
+
+const RecordFormat* QELXVARDOSLRDVersionInfo::FormatNamed(const ZYMUnicodeString& className) {
+  for (const Version& version : Ledger) {
+    for (const RecordFormat* format : version.formats) {
+      if (format->name == className) {
+        return format;
+      }
+    }
+  }
+  return nullptr;
+}
+
 const ZYMUnicodeStringList* QELXVARDOSLRDVersionInfo::GetCapabilities(const ZYMUnicodeString& version) const {
   const Version* found = Find(version);
   return found == nullptr || !found->capabilities ? nullptr : &*found->capabilities;
 }
 
-const ZYMUnicodeString& QELXVARDOSLRDVersionInfo::ClassName(const ZYMUnicodeString& version,
-                                                            const ZYMUnicodeString& kind) {
-  static const ZYMUnicodeString None;
-  const Version* found = Find(version);
-  if (found == nullptr) {
-    return None;
-  }
-  if (kind == KindName::Full) {
-    return found->full;
-  }
-  if (kind == KindName::Child) {
-    return found->child;
-  }
-  if (kind == KindName::Composition) {
-    return found->composition;
-  }
-  return kind == KindName::Rel ? found->rel : None;
+ZYMUnicodeString QELXVARDOSLRDVersionInfo::GetClassName(const ZYMUnicodeString& version,
+                                                        const ZYMUnicodeString& kind) const {
+  const std::array kinds = {&KindName::Full, &KindName::Child, &KindName::Composition, &KindName::Rel};
+  const auto found = std::find_if(kinds.begin(), kinds.end(), [&kind](const auto* name) { return *name == kind; });
+  const RecordFormat* format =
+      found == kinds.end() ? nullptr : FormatOf(version, static_cast<RecordKind>(found - kinds.begin()));
+  return format == nullptr ? ZYMUnicodeString() : format->name;
 }
 
 ZYMUnicodeString QELXVARDOSLRDVersionInfo::GetLRDVersion(const ZYMIDOMNode_var& node) const {

@@ -1,0 +1,69 @@
+#include "records/StampedLRDObject.h"
+
+#include "platform/ZYMIDOMLook.h"
+#include "records/QELXVARDOSLRDConstants.h"
+
+StampedLRDObject::StampedLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject)
+    : QELXVARDOSLRDObject(format, cadobject) {
+  if (const ZYMIDOMElement_var element(cadobject); element) {
+    for (const RecordFormat::Holding& held : format_.stamps) {
+      stamps_.*held.stamp.field = Attribute(element, held.stamp.word);
+    }
+  }
+}
+
+HRESULT StampedLRDObject::Initialize(const ZYMIDOMNode_var& element) {
+  const HRESULT status = QELXVARDOSLRDObject::Initialize(element);
+  ReadStamps(element, false);
+  return status;
+}
+
+void StampedLRDObject::ReadStamps(const ZYMIDOMNode_var& node, bool late) {
+  if (const ZYMIDOMElement_var element(node); element) {
+    for (const RecordFormat::Holding& held : format_.stamps) {
+      if (held.readLate == late) {
+        TakeTextOfFirst(element, held.stamp.word, stamps_.*held.stamp.field);
+      }
+    }
+  }
+}
+
+void StampedLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& other) {
+  QELXVARDOSLRDObject::updateLRDObject(other);
+  UpdateStamps(other);
+}
+
+void StampedLRDObject::UpdateStamps(const QELXIVARDOSLRDObject_var& other) {
+  for (const RecordFormat::Holding& held : format_.stamps) {
+    stamps_.*held.stamp.field = (*other.*held.stamp.getter)();
+  }
+}
+
+HRESULT StampedLRDObject::AddStamps(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const {
+  HRESULT status = S_OK;
+  for (auto held = format_.stamps.begin(); SUCCEEDED(status) && held != format_.stamps.end(); ++held) {
+    status =
+        AddValue(held->adder.name, held->stamp.adder, held->stamp.word, stamps_.*held->stamp.field, document, parent);
+  }
+  return status;
+}
+
+HRESULT StampedLRDObject::AddStamp(const ZYMUnicodeString& word, const ZYMIDOMDocument_var& document,
+                                   const ZYMIDOMElement_var& parent) const {
+  for (const RecordFormat::Holding& held : format_.stamps) {
+    if (held.stamp.word == word) {
+      return AddValue(held.adder.name, held.stamp.adder, word, stamps_.*held.stamp.field, document, parent);
+    }
+  }
+  return S_OK;
+}
+
+HRESULT StampedLRDObject::AddMacroCEStampNode(const ZYMIDOMDocument_var& document,
+                                              const ZYMIDOMElement_var& parent) const {
+  return AddStamp(Word::MacroCEStamp, document, parent);
+}
+
+HRESULT StampedLRDObject::AddXCADSyncroStampNode(const ZYMIDOMDocument_var& document,
+                                                 const ZYMIDOMElement_var& parent) const {
+  return AddStamp(Word::XSStamp, document, parent);
+}
