@@ -108,4 +108,10 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   /// Empty before format "4.0".
   virtual ZYMUnicodeString GetXSStamp() const = 0;
   virtual HRESULT updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObject_var& other) = 0;
+
+  /// The names of the stamps that formats brought after the first, as record files have them and in their order. The
+  /// same for every record, whatever its format.
+  virtual ZYMUnicodeStringList GetStampNames() const { return {}; }
+  /// The stamp of that name; empty when the record's format has none.
+  virtual ZYMUnicodeString GetStamp(const ZYMUnicodeString& /*name*/) const { return {}; }
 };

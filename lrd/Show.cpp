@@ -32,18 +32,32 @@ struct Field {
 
 using Record = QELXIVARDOSLRDObject;
 
-constexpr std::array Fields = {
+constexpr std::array FieldsBeforeStamps = {
     Field{"class", [](const Record& record) -> ZYMUnicodeString { return record.IsA(); }, true},
     Field{"version", [](const Record& record) { return record.GetVersion(); }, true},
     Field{"id", [](const Record& record) { return record.GetId(); }, false},
     Field{"phid", [](const Record& record) { return record.GetPhysicalId(); }, true},
     Field{"objectChangeStamp", [](const Record& record) { return record.GetObjectChangeStamp(); }, true},
     Field{"ceStamp", [](const Record& record) { return record.GetCEStamp(); }, true},
-    Field{"macroceStamp", [](const Record& record) { return record.GetMacroCEStamp(); }, false},
-    Field{"xsStamp", [](const Record& record) { return record.GetXSStamp(); }, false},
+};
+constexpr std::array FieldsBehindStamps = {
     Field{"hashcode", [](const Record& record) { return record.GetHashcode(); }, true},
     Field{"childPhid", [](const Record& record) { return record.GetChildPhid(); }, false},
 };
+
+/// Calls visit with the name of each field, its value and whether it is core, in the order of a record file.
+template <typename Visit>
+void ForEachField(const Record& record, const Visit& visit) {
+  for (const Field& field : FieldsBeforeStamps) {
+    visit(field.name, field.read(record).Str(), field.isCore);
+  }
+  for (const ZYMUnicodeString& name : record.GetStampNames()) {
+    visit(name.CStr(), record.GetStamp(name).Str(), false);
+  }
+  for (const Field& field : FieldsBehindStamps) {
+    visit(field.name, field.read(record).Str(), field.isCore);
+  }
+}
 
 /// The object file of a record file, as it is now.
 struct ObjectFile {
@@ -102,9 +116,8 @@ class Viewer {
 
 Json AsJson(const QELXIVARDOSLRDObject_var& record) {
   Json json;
-  for (const Field& field : Fields) {
-    PutText(json, field.name, field.read(*record).Str());
-  }
+  ForEachField(*record,
+               [&json](const char* name, const std::string& value, bool /*isCore*/) { PutText(json, name, value); });
   json["children"] = Json::array();
   for (const QELXIVARDOSLRDObject_var& child : record->GetChildren()) {
     json["children"].push_back(AsJson(child));
@@ -135,8 +148,8 @@ std::string Line(int depth, std::string_view label, const std::string& value) {
   return line + value + "\n";
 }
 
-std::string Readable(const Field& field, const std::string& value) {
-  const auto seconds = std::string_view(field.name) == "objectChangeStamp" ? SecondsOf(value) : std::nullopt;
+std::string Readable(std::string_view field, const std::string& value) {
+  const auto seconds = field == "objectChangeStamp" ? SecondsOf(value) : std::nullopt;
   return value.empty() ? "-" : Printable(value) + (seconds ? " (" + TimeText(*seconds) + ")" : "");
 }
 
@@ -161,12 +174,11 @@ std::string InWords(const ObjectFile& object, const QELXIVARDOSLRDObject_var& re
 }
 
 void PrintFields(const QELXIVARDOSLRDObject_var& record, int depth) {
-  for (const Field& field : Fields) {
-    const std::string value = field.read(*record).Str();
-    if (!value.empty() || (depth == 1 && field.isCore)) {
-      Print(Line(depth, field.name, Readable(field, value)));
+  ForEachField(*record, [depth](const char* name, const std::string& value, bool isCore) {
+    if (!value.empty() || (depth == 1 && isCore)) {
+      Print(Line(depth, name, Readable(name, value)));
     }
-  }
+  });
 }
 
 void PrintChildren(const QELXIVARDOSLRDObject_var& record, int depth) {

@@ -13,6 +13,7 @@
 #include "records/FileStamp.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
+#include "records/QELXVARDOSLRDVersionInfo.h"
 
 namespace {
 
@@ -365,6 +366,14 @@ HRESULT QELXVARDOSLRDObject::updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObje
   const Step step(Trace, "QELXVARDOSFullLRDObject_V4::updateLRDObjectCEStampOnly");
   ceStamp_ = other->GetCEStamp();
   return step.Return(S_OK);
+}
+
+ZYMUnicodeStringList QELXVARDOSLRDObject::GetStampNames() const {
+  ZYMUnicodeStringList names;
+  for (const RecordFormat::Holding& held : QELXVARDOSLRDVersionInfo::Newest(RecordKind::Full).stamps) {
+    names.Append(held.stamp.word);
+  }
+  return names;
 }
 
 void QELXVARDOSLRDObject::ReleaseLater(QELXIVARDOSLRDObject_varList& records) noexcept {

@@ -78,6 +78,7 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   void AddCompositionObject(const QELXIVARDOSLRDObject_var& record) override;
   ZYMUnicodeString GetXSStamp() const override { return {}; }
   HRESULT updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObject_var& other) override;
+  ZYMUnicodeStringList GetStampNames() const override;
 
  protected:
   explicit QELXVARDOSLRDObject(const RecordFormat& format);

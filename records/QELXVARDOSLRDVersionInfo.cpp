@@ -174,6 +174,10 @@ const RecordFormat* QELXVARDOSLRDVersionInfo::FormatNamed(const ZYMUnicodeString
   return nullptr;
 }
 
+const RecordFormat& QELXVARDOSLRDVersionInfo::Newest(RecordKind kind) {
+  return *Ledger.front().formats[static_cast<std::size_t>(kind)];
+}
+
 const ZYMUnicodeStringList* QELXVARDOSLRDVersionInfo::GetCapabilities(const ZYMUnicodeString& version) const {
   const Version* found = Find(version);
   return found == nullptr || !found->capabilities ? nullptr : &*found->capabilities;

@@ -25,4 +25,5 @@ class QELXVARDOSLRDVersionInfo {
   /// none.
   static const RecordFormat* FormatOf(const ZYMUnicodeString& version, RecordKind kind);
   static const RecordFormat* FormatNamed(const ZYMUnicodeString& className);
+  static const RecordFormat& Newest(RecordKind kind);
 };

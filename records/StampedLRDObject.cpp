@@ -1,5 +1,7 @@
 #include "records/StampedLRDObject.h"
 
+#include <algorithm>
+
 #include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
@@ -35,7 +37,8 @@ void StampedLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& other) {
 
 void StampedLRDObject::UpdateStamps(const QELXIVARDOSLRDObject_var& other) {
   for (const RecordFormat::Holding& held : format_.stamps) {
-    stamps_.*held.stamp.field = (*other.*held.stamp.getter)();
+    const RecordStamp& stamp = held.stamp;
+    stamps_.*stamp.field = stamp.getter == nullptr ? other->GetStamp(stamp.word) : (*other.*stamp.getter)();
   }
 }
 
@@ -50,12 +53,22 @@ HRESULT StampedLRDObject::AddStamps(const ZYMIDOMDocument_var& document, const Z
 
 HRESULT StampedLRDObject::AddStamp(const ZYMUnicodeString& word, const ZYMIDOMDocument_var& document,
                                    const ZYMIDOMElement_var& parent) const {
-  for (const RecordFormat::Holding& held : format_.stamps) {
-    if (held.stamp.word == word) {
-      return AddValue(held.adder.name, held.stamp.adder, word, stamps_.*held.stamp.field, document, parent);
-    }
-  }
-  return S_OK;
+  const RecordFormat::Holding* const held = Find(word);
+  return held == nullptr
+             ? S_OK
+             : AddValue(held->adder.name, held->stamp.adder, word, stamps_.*held->stamp.field, document, parent);
+}
+
+const RecordFormat::Holding* StampedLRDObject::Find(const ZYMUnicodeString& name) const {
+  const auto* const held =
+      std::find_if(format_.stamps.begin(), format_.stamps.end(),
+                   [&name](const RecordFormat::Holding& holding) { return holding.stamp.word == name; });
+  return held == format_.stamps.end() ? nullptr : held;
+}
+
+ZYMUnicodeString StampedLRDObject::GetStamp(const ZYMUnicodeString& name) const {
+  const RecordFormat::Holding* const held = Find(name);
+  return held == nullptr ? ZYMUnicodeString() : stamps_.*held->stamp.field;
 }
 
 HRESULT StampedLRDObject::AddMacroCEStampNode(const ZYMIDOMDocument_var& document,
