@@ -9,6 +9,18 @@
 #include "platform/ZYMLoadOrder.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
+namespace {
+
+using Capabilities = ZYMUnicodeStringList;
+
+struct Version {
+  const ZYMUnicodeString& name;
+  std::optional<Capabilities> capabilities;
+  std::array<const RecordFormat*, 4> formats;  // in the order of RecordKind
+};
+
+}  // namespace
+
 namespace Format {
 
 // The formats, oldest first, each with the stamp that it brought.
@@ -113,45 +125,38 @@ constexpr RecordFormat CompositionV4{.name = ClassName::CompositionV4,
                                      .initializes = CompositionV1.initializes,
                                      .updates = {&CompositionV4, &CompositionV1, &Plain}};
 
-}  // namespace Format
-
-namespace {
-
-using Capabilities = ZYMUnicodeStringList;
-
-struct Version {
-  const ZYMUnicodeString& name;
-  std::optional<Capabilities> capabilities;
-  std::array<const RecordFormat*, 4> formats;  // in the order of RecordKind
-};
+// What new records are but for check-out by path. The server must know it before it stands here.
+constexpr const ZYMUnicodeString& VersionOfNewRecords = FormatVersion::V4;
 
 // The ledger of the versions, newest first: most files are of the newest.
 ZYM_LOADED_AS(Tables)
 const std::vector<Version> Ledger = {
     // Brought "xsStamp". Nobody asks for its capabilities; it has no list.
-    {FormatVersion::V4, std::nullopt, {&Format::FullV4, &Format::ChildV4, &Format::CompositionV4, &Format::RelV3}},
+    {FormatVersion::V4, std::nullopt, {&FullV4, &ChildV4, &CompositionV4, &RelV3}},
     // Went on from "1.0", not from "2.0": brought "childPhid" to relationship records.
     {FormatVersion::V3,
      Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES, Capability::RelUUIDRecognition},
-     {&Format::FullV1, &Format::ChildV1, &Format::CompositionV1, &Format::RelV3}},
+     {&FullV1, &ChildV1, &CompositionV1, &RelV3}},
     // For check-out by path: a full record holds composition records alone.
     {FormatVersion::V2,
      Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES, Capability::CheckoutExModePath},
-     {&Format::FullV2, &Format::ChildV1, &Format::CompositionV1, &Format::Rel}},
+     {&FullV2, &ChildV1, &CompositionV1, &Rel}},
     // Brought "macroceStamp", and "version" on the full record.
     {FormatVersion::V1,
      Capabilities{Capability::Baseline, Capability::DeleteFromWebUsingMCES},
-     {&Format::FullV1, &Format::ChildV1, &Format::CompositionV1, &Format::Rel}},
+     {&FullV1, &ChildV1, &CompositionV1, &Rel}},
     // The first format.
-    {FormatVersion::V0,
-     Capabilities{Capability::Baseline},
-     {&Format::Full, &Format::Child, &Format::Composition, &Format::Rel}},
+    {FormatVersion::V0, Capabilities{Capability::Baseline}, {&Full, &Child, &Composition, &Rel}},
 };
 
+}  // namespace Format
+
+namespace {
+
 const Version* Find(const ZYMUnicodeString& name) {
-  const auto found =
-      std::find_if(Ledger.begin(), Ledger.end(), [&name](const Version& version) { return version.name == name; });
-  return found == Ledger.end() ? nullptr : &*found;
+  const auto found = std::find_if(Format::Ledger.begin(), Format::Ledger.end(),
+                                  [&name](const Version& version) { return version.name == name; });
+  return found == Format::Ledger.end() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -164,7 +169,7 @@ const RecordFormat* QELXVARDOSLRDVersionInfo::FormatOf(const ZYMUnicodeString& v
 }
 
 const RecordFormat* QELXVARDOSLRDVersionInfo::FormatNamed(const ZYMUnicodeString& className) {
-  for (const Version& version : Ledger) {
+  for (const Version& version : Format::Ledger) {
     for (const RecordFormat* format : version.formats) {
       if (format->name == className) {
         return format;
@@ -175,7 +180,7 @@ const RecordFormat* QELXVARDOSLRDVersionInfo::FormatNamed(const ZYMUnicodeString
 }
 
 const RecordFormat& QELXVARDOSLRDVersionInfo::Newest(RecordKind kind) {
-  return *Ledger.front().formats[static_cast<std::size_t>(kind)];
+  return *Format::Ledger.front().formats[static_cast<std::size_t>(kind)];
 }
 
 const ZYMUnicodeStringList* QELXVARDOSLRDVersionInfo::GetCapabilities(const ZYMUnicodeString& version) const {
@@ -199,5 +204,5 @@ ZYMUnicodeString QELXVARDOSLRDVersionInfo::GetLRDVersion(const ZYMIDOMNode_var& 
   }
   const bool byPath =
       Attribute(element, Word::ModeOfVersion) == Word::Path && Attribute(element, Word::NoCompletion) == Word::True;
-  return byPath ? FormatVersion::V2 : FormatVersion::V4;
+  return byPath ? FormatVersion::V2 : Format::VersionOfNewRecords;
 }
