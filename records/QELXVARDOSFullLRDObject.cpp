@@ -152,7 +152,7 @@ HRESULT QELXVARDOSFullLRDObject::UpdateLRDObjectFromXML(const ZYMIDOMNode_var& n
   const HRESULT status = UpdateCoreFromXML(element);
   if (element) {
     for (const RecordFormat::Holding& held : format_.stamps) {
-      UpdateFromAttribute(element, held.stamp.word, stamps_.*held.stamp.field);
+      UpdateFromAttribute(element, held.stamp.value.word, stamps_.*held.stamp.field);
       if (&held == format_.stamps.begin()) {
         UpdateFromAttribute(element, Word::Action, action_);
       }

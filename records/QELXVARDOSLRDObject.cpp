@@ -47,14 +47,24 @@ void MoveInto(PendingReleases& pending, QELXIVARDOSLRDObject_varList& records) n
   records.RemoveAll();
 }
 
+// A new document with its document element.
+HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) {
+  ZYMIXMLDOMDocumentBuilder_var builder;
+  if (const HRESULT status = CreateZYMIXMLDOMDocumentBuilder(builder, XML4C); FAILED(status)) {
+    return status;
+  }
+  return builder->CreateDocumentWithRoot(rootName, document, root);
+}
+
+// For trees that do not make such an element at once.
 }  // namespace
 
 // In the order of a file. The stamps of later formats stand before the last.
 constexpr std::array<QELXVARDOSLRDObject::CoreValue, 4> QELXVARDOSLRDObject::CoreValues = {{
-    {Word::Phid, "AddPhysicalIdNode", &QELXVARDOSLRDObject::physicalId_},
-    {Word::ObjectChangeStamp, "AddObjectChangeStampNode", &QELXVARDOSLRDObject::objectChangeStamp_},
-    {Word::CEStamp, "AddCEStampNode", &QELXVARDOSLRDObject::ceStamp_},
-    {Word::Hashcode, "AddHashcodeNode", &QELXVARDOSLRDObject::hashcode_},
+    {{Word::Phid, "AddPhysicalIdNode"}, &QELXVARDOSLRDObject::physicalId_},
+    {{Word::ObjectChangeStamp, "AddObjectChangeStampNode"}, &QELXVARDOSLRDObject::objectChangeStamp_},
+    {{Word::CEStamp, "AddCEStampNode"}, &QELXVARDOSLRDObject::ceStamp_},
+    {{Word::Hashcode, "AddHashcodeNode"}, &QELXVARDOSLRDObject::hashcode_},
 }};
 
 QELXVARDOSLRDObject::QELXVARDOSLRDObject() : QELXVARDOSLRDObject(Format::Plain) {}
@@ -184,35 +194,25 @@ HRESULT QELXVARDOSLRDObject::BeginXML(const QELXIVARDOSLRDObject_varList& visite
   return CreateDocument(rootName, document, root);
 }
 
-HRESULT QELXVARDOSLRDObject::CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
-                                            ZYMIDOMElement_var& root) {
-  ZYMIXMLDOMDocumentBuilder_var builder;
-  if (const HRESULT status = CreateZYMIXMLDOMDocumentBuilder(builder, XML4C); FAILED(status)) {
-    return status;
-  }
-  return builder->CreateDocumentWithRoot(rootName, document, root);
-}
-
 HRESULT QELXVARDOSLRDObject::AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
                                             const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
   const Step step(Trace, "QELXVARDOSLRDObject::CreateTextNode");
   return step.Return(parent->appendTextElement(document, tag, value));
 }
 
-HRESULT QELXVARDOSLRDObject::AddValue(const ZYMUnicodeString& className, const char* adder, const ZYMUnicodeString& tag,
-                                      const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
-                                      const ZYMIDOMElement_var& parent) {
-  const Step step(Trace, className.CStr(), adder);
-  const HRESULT status = AppendTextNode(tag, value, document, parent);
+HRESULT QELXVARDOSLRDObject::AddValue(const RecordFormat& adder, const RecordValue& value, const ZYMUnicodeString& text,
+                                      const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) {
+  const Step step(Trace, adder.name.CStr(), value.adder);
+  const HRESULT status = AppendTextNode(value.word, text, document, parent);
   if (SUCCEEDED(status)) {
-    Trace.Write(tag, " node added with value : ", value);
+    Trace.Write(value.word, " node added with value : ", text);
   }
   return step.Return(status);
 }
 
 HRESULT QELXVARDOSLRDObject::Add(const CoreValue& value, const ZYMIDOMDocument_var& document,
                                  const ZYMIDOMElement_var& parent) const {
-  return AddValue(ClassName::Plain, value.adder, value.word, this->*value.field, document, parent);
+  return AddValue(Format::Plain, value, this->*value.field, document, parent);
 }
 
 HRESULT QELXVARDOSLRDObject::AddPhysicalIdNode(const ZYMIDOMDocument_var& document,
@@ -371,7 +371,7 @@ HRESULT QELXVARDOSLRDObject::updateLRDObjectCEStampOnly(const QELXIVARDOSLRDObje
 ZYMUnicodeStringList QELXVARDOSLRDObject::GetStampNames() const {
   ZYMUnicodeStringList names;
   for (const RecordFormat::Holding& held : QELXVARDOSLRDVersionInfo::Newest(RecordKind::Full).stamps) {
-    names.Append(held.stamp.word);
+    names.Append(held.stamp.value.word);
   }
   return names;
 }

@@ -96,22 +96,19 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   HRESULT AddPhysicalIdNode(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const;
   /// Adds those that formats brought after the first.
   virtual HRESULT AddStamps(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const;
-  /// An element with one text node, which is there even when the value is empty; className and adder name the step.
-  static HRESULT AddValue(const ZYMUnicodeString& className, const char* adder, const ZYMUnicodeString& tag,
-                          const ZYMUnicodeString& value, const ZYMIDOMDocument_var& document,
-                          const ZYMIDOMElement_var& parent);
-  /// The same without a line that tells the value.
+  /// An element with one text node, which is there even when the text is empty. adder: of the class that the trace
+  /// names for it.
+  static HRESULT AddValue(const RecordFormat& adder, const RecordValue& value, const ZYMUnicodeString& text,
+                          const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
+  /// The same without a line that tells the text.
   static HRESULT AppendTextNode(const ZYMUnicodeString& tag, const ZYMUnicodeString& value,
                                 const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent);
   /// Nests the XML of a child into object. path: visited and this record.
   static HRESULT AppendChild(const QELXIVARDOSLRDObject_var& child, const QELXIVARDOSLRDObject_varList& path,
                              const ZYMIDOMElement_var& object);
-  /// A new document with its document element.
-  static HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& document,
-                                ZYMIDOMElement_var& root);
-  /// The same for the XML of this record. Nothing is made, and the answer is E_FAIL with the reason as the last error,
-  /// when there are more records around it, visited, than a file can be nested deep, and when the object's file could
-  /// not be looked at: the record would say what is not known.
+  /// A new document with its document element for the XML of this record. Nothing is made, and the answer is E_FAIL
+  /// with the reason as the last error, when there are more records around it, visited, than a file can be nested deep,
+  /// and when the object's file could not be looked at: the record would say what is not known.
   HRESULT BeginXML(const QELXIVARDOSLRDObject_varList& visited, const ZYMUnicodeString& rootName,
                    ZYMIDOMDocument_var& document, ZYMIDOMElement_var& root) const;
 
@@ -148,10 +145,8 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
 
  private:
   /// A value of every record: an element that every file must have.
-  struct CoreValue {
-    const ZYMUnicodeString& word;
-    const char* adder;
-    ZYMUnicodeString QELXVARDOSLRDObject::*field;
+  struct CoreValue : RecordValue {
+    ZYMUnicodeString QELXVARDOSLRDObject::*field = nullptr;
   };
   static const std::array<CoreValue, 4> CoreValues;
 

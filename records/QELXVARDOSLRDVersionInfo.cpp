@@ -56,8 +56,8 @@ constexpr RecordFormat Rel{.name = ClassName::Rel,
                            .updates = {&Plain}};
 
 // "1.0"
-constexpr RecordStamp MacroCEStamp{Word::MacroCEStamp, "AddMacroCEStampNode", &Stamps::macroCE,
-                                   &QELXIVARDOSLRDObject::GetMacroCEStamp};
+constexpr RecordStamp MacroCEStamp{
+    {Word::MacroCEStamp, "AddMacroCEStampNode"}, &Stamps::macroCE, &QELXIVARDOSLRDObject::GetMacroCEStamp};
 constexpr RecordFormat FullV1{.name = ClassName::FullV1,
                               .before = &Full,
                               .meta = MetaObjectOf<FullV1>,
@@ -102,7 +102,8 @@ constexpr RecordFormat RelV3{.name = ClassName::RelV3,
 
 // "4.0". Its full record's update goes back beyond "1.0". Its entries have a macro CE stamp anew: the old one is what
 // Initialize reads.
-constexpr RecordStamp XSStamp{Word::XSStamp, "AddXCADSyncroStampNode", &Stamps::xs, &QELXIVARDOSLRDObject::GetXSStamp};
+constexpr RecordStamp XSStamp{
+    {Word::XSStamp, "AddXCADSyncroStampNode"}, &Stamps::xs, &QELXIVARDOSLRDObject::GetXSStamp};
 constexpr RecordFormat FullV4{.name = ClassName::FullV4,
                               .before = &FullV1,
                               .meta = MetaObjectOf<FullV4>,

@@ -13,11 +13,16 @@ struct Stamps {
   ZYMUnicodeString xs;
 };
 
+/// A value of record files.
+struct RecordValue {
+  const ZYMUnicodeString& word;
+  const char* adder = nullptr;  ///< the step of the trace that writes it
+};
+
 /// A stamp as all formats know it: an element of a record file, and an attribute of an object in a server's answer.
 struct RecordStamp {
-  const ZYMUnicodeString& word;
-  const char* adder;  ///< the step of the trace that writes it
-  ZYMUnicodeString Stamps::*field;
+  RecordValue value;
+  ZYMUnicodeString Stamps::*field = nullptr;
   ZYMUnicodeString (QELXIVARDOSLRDObject::*getter)() const = nullptr;  ///< of any record; null: GetStamp
 };
 
@@ -37,12 +42,12 @@ struct RecordFormat {
 
   const ZYMUnicodeString& name;
   RecordKind kind = RecordKind::Full;
-  const RecordFormat* before;  ///< that of the class it derives from; null: of the interface
-  ZYMMetaObject* (*meta)();
+  const RecordFormat* before = nullptr;  ///< that of the class it derives from; null: of the interface
+  ZYMMetaObject* (*meta)() = nullptr;
   std::initializer_list<Holding> stamps = {};  ///< in the order of a file
-  Classes initializes;
+  Classes initializes = {};
   const ZYMUnicodeString& writes = name;
-  Classes updates;
+  Classes updates = {};
   Version version = Version::HasNone;
   bool compositionsAlone = false;  ///< takes no other children
   bool childPhid = false;

@@ -9,7 +9,7 @@ StampedLRDObject::StampedLRDObject(const RecordFormat& format, const ZYMIDOMNode
     : QELXVARDOSLRDObject(format, cadobject) {
   if (const ZYMIDOMElement_var element(cadobject); element) {
     for (const RecordFormat::Holding& held : format_.stamps) {
-      stamps_.*held.stamp.field = Attribute(element, held.stamp.word);
+      stamps_.*held.stamp.field = Attribute(element, held.stamp.value.word);
     }
   }
 }
@@ -24,7 +24,7 @@ void StampedLRDObject::ReadStamps(const ZYMIDOMNode_var& node, bool late) {
   if (const ZYMIDOMElement_var element(node); element) {
     for (const RecordFormat::Holding& held : format_.stamps) {
       if (held.readLate == late) {
-        TakeTextOfFirst(element, held.stamp.word, stamps_.*held.stamp.field);
+        TakeTextOfFirst(element, held.stamp.value.word, stamps_.*held.stamp.field);
       }
     }
   }
@@ -38,15 +38,14 @@ void StampedLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& other) {
 void StampedLRDObject::UpdateStamps(const QELXIVARDOSLRDObject_var& other) {
   for (const RecordFormat::Holding& held : format_.stamps) {
     const RecordStamp& stamp = held.stamp;
-    stamps_.*stamp.field = stamp.getter == nullptr ? other->GetStamp(stamp.word) : (*other.*stamp.getter)();
+    stamps_.*stamp.field = stamp.getter == nullptr ? other->GetStamp(stamp.value.word) : (*other.*stamp.getter)();
   }
 }
 
 HRESULT StampedLRDObject::AddStamps(const ZYMIDOMDocument_var& document, const ZYMIDOMElement_var& parent) const {
   HRESULT status = S_OK;
   for (auto held = format_.stamps.begin(); SUCCEEDED(status) && held != format_.stamps.end(); ++held) {
-    status =
-        AddValue(held->adder.name, held->stamp.adder, held->stamp.word, stamps_.*held->stamp.field, document, parent);
+    status = AddValue(held->adder, held->stamp.value, stamps_.*held->stamp.field, document, parent);
   }
   return status;
 }
@@ -54,15 +53,14 @@ HRESULT StampedLRDObject::AddStamps(const ZYMIDOMDocument_var& document, const Z
 HRESULT StampedLRDObject::AddStamp(const ZYMUnicodeString& word, const ZYMIDOMDocument_var& document,
                                    const ZYMIDOMElement_var& parent) const {
   const RecordFormat::Holding* const held = Find(word);
-  return held == nullptr
-             ? S_OK
-             : AddValue(held->adder.name, held->stamp.adder, word, stamps_.*held->stamp.field, document, parent);
+  return held == nullptr ? S_OK
+                         : AddValue(held->adder, held->stamp.value, stamps_.*held->stamp.field, document, parent);
 }
 
 const RecordFormat::Holding* StampedLRDObject::Find(const ZYMUnicodeString& name) const {
   const auto* const held =
       std::find_if(format_.stamps.begin(), format_.stamps.end(),
-                   [&name](const RecordFormat::Holding& holding) { return holding.stamp.word == name; });
+                   [&name](const RecordFormat::Holding& holding) { return holding.stamp.value.word == name; });
   return held == format_.stamps.end() ? nullptr : held;
 }
 
