@@ -90,7 +90,8 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   virtual HRESULT GetRootDocument(ZYMIDOMDocument_var& document) = 0;
   /// The first record with this id below this one, depth first. E_FAIL when there is none, and record is as it was.
   virtual HRESULT GetChildObject(const ZYMUnicodeString& id, QELXIVARDOSLRDObject_var& record) = 0;
-  /// Keeps a reference. A component that is no record is appended as a null handle.
+  /// Keeps a reference. A component that is no record is appended as a null handle; a record of format "2.0" takes
+  /// compositions alone.
   virtual void AddChild(const ZYMBaseUnknown_var& child) = 0;
   /// Takes over what describes the object, the children included; not the id, the relationships and the state flag.
   virtual HRESULT CopyFromLRDObject(const QELXIVARDOSLRDObject_var& other) = 0;

@@ -10,3 +10,12 @@ struct QELXVARDOSTraceChannels {
   QELVARDOSClientTrace details{"QELVARDOSDetails", "QELVARDOSDetails", "STDOUT", 1024, 0};
   QELVARDOSClientTrace pcs{"QELVARDOSPCS", "QELVARDOSPCS", "STDOUT", 1024, 0};
 };
+
+/// The opening of a source file that traces: its channels, the one that messages go to as Trace, and Step.
+#define QELXVARDOS_TRACED_HERE                                           \
+  namespace {                                                            \
+  ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;   \
+  [[maybe_unused]] const QELVARDOSClientTrace& Trace = Channels.details; \
+  using Step = QELVARDOSClientTraceStep;                                 \
+  }                                                                      \
+  static_assert(true, "so that a semicolon ends it")

@@ -6,12 +6,7 @@
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
-namespace {
-
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-}  // namespace
+QELXVARDOS_TRACED_HERE;
 
 QELXVARDOSRecognitionFactory::QELXVARDOSRecognitionFactory() = default;
 
@@ -28,7 +23,7 @@ HRESULT QELXVARDOSRecognitionFactory::GetRecognitionHandler(const ZYMUnicodeStri
                                                             const QELIVARDOSGlobalConfigObject_var& config,
                                                             const ZYMIDOMNode_var& request,
                                                             QELXIVARDOSRecognitionHandler_var& handler) {
-  const QELVARDOSClientTraceStep step(Trace, "QELXVARDOSRecognitionFactory::GetRecognitionHandler");
+  const Step step(Trace, "QELXVARDOSRecognitionFactory::GetRecognitionHandler");
   const ZYMUnicodeStringList withoutRecords = CommandsWithoutRecords();
   if (const ZYMIDOMElement_var element(request); element) {
     if (withoutRecords.Locate(command) != 0 || Attribute(element, Word::DownloadFileOnly) == Word::UpperTrue) {

@@ -12,12 +12,10 @@ ZYMBaseUnknown* CreateBOAQELXIVARDOSRecognitionHandlerQELXVARDOSRecognitionHandl
   return new QELXVARDOSRecognitionHandler;
 }
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 
 }  // namespace

@@ -19,12 +19,10 @@
 #include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 

@@ -10,12 +10,10 @@
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSRecognitionHandlerNoLRD, QELXIVARDOSRecognitionHandler)
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 
 using Reason = QELXVARDOSReason;

@@ -11,12 +11,10 @@
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 using CacheInformation = ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico;

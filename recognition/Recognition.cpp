@@ -15,12 +15,10 @@
 #include "records/QELXVARDOSLRDVersionInfo.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using Reason = QELXVARDOSReason;
 
 QELVARDOSFileFacts Facts(const ZYMUnicodeString& path) { return QELVARDOSFileLayer::Current().Stat(path.Str()); }
@@ -32,8 +30,8 @@ RecordFileReader ReaderFor(const Recognition::Client& client) {
 }
 
 /// The stamps of a record as they are written back; all empty without one.
-struct Stamps {
-  explicit Stamps(const QELXIVARDOSLRDObject_var& record) {
+struct WrittenStamps {
+  explicit WrittenStamps(const QELXIVARDOSLRDObject_var& record) {
     if (record) {
       physicalId = &record->GetPhysicalId();
       ceStamp = &record->GetCEStamp();
@@ -82,7 +80,7 @@ struct Recognition::Asked {
 
 /// What is written into an object that was looked up among the records, and why.
 struct Recognition::Found {
-  const ZYMUnicodeString* verdict = &Stamps::None;
+  const ZYMUnicodeString* verdict = &WrittenStamps::None;
   /// Whose stamps are written; null: none are known.
   Record record;
   ZYMUnicodeString objectChangeStamp;
@@ -383,7 +381,7 @@ void Recognition::WriteBack(const Object& object, const Asked& asked, const Foun
   Trace.Write("LRD object is of version :  ", version_);
   Trace.Write("Object cadid : ", asked.cadId, " is recognized as : ", *found.verdict);
   const ZYMIDOMElement_var& element = object.element;
-  const Stamps stamps(found.record);
+  const WrittenStamps stamps(found.record);
   element->setAttribute(Word::Status, *found.verdict);
   element->setAttribute(Word::Phid, *stamps.physicalId);
   element->setAttribute(FormatVersion::Attribute, version_);

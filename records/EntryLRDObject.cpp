@@ -5,11 +5,7 @@
 #include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
-namespace {
-
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-
-}  // namespace
+QELXVARDOS_TRACED_HERE;
 
 EntryLRDObject::EntryLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
                                const ZYMUnicodeString& identifier)
@@ -30,7 +26,7 @@ HRESULT EntryLRDObject::Initialize(const ZYMIDOMNode_var& node) {
 }
 
 HRESULT EntryLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
-  const QELVARDOSClientTraceStep step(Channels.details, format_.writes.CStr(), "GetXMLFormat");
+  const Step step(Trace, format_.writes.CStr(), "GetXMLFormat");
   const ZYMUnicodeString& name = format_.kind == RecordKind::Child ? Word::Structure : Word::Composition;
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var entry;

@@ -4,11 +4,7 @@
 #include "platform/QELVARDOSFileLayer.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
-namespace {
-
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-
-}  // namespace
+QELXVARDOS_TRACED_HERE;
 
 QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
                                                    const ZYMUnicodeString& identifier)
@@ -17,7 +13,7 @@ QELXVARDOSChildLRDObject::QELXVARDOSChildLRDObject(const RecordFormat& format, c
 }
 
 bool QELXVARDOSChildLRDObject::DoesFileExists(const ZYMIDOMNode_var& cadobject) {
-  const QELVARDOSClientTraceStep step(Channels.details, "QELXVARDOSChildLRDObject::DoesFileExists");
+  const Step step(Trace, "QELXVARDOSChildLRDObject::DoesFileExists");
   bool exists = false;
   ZYMUnicodeString fileName;
   ZYMUnicodeString folder;

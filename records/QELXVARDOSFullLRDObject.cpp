@@ -7,12 +7,9 @@
 #include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
-
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 
 const ZYMUnicodeString Lost;
 
@@ -96,7 +93,7 @@ void QELXVARDOSFullLRDObject::AddChild(const ZYMBaseUnknown_var& child) {
     return;
   }
   const QELXIVARDOSLRDObject_var record(child);
-  if (record->IsAKindOf(ClassName::Composition.CStr())) {
+  if (record && record->IsAKindOf(ClassName::Composition.CStr())) {
     children_.Append(record);
     Trace.Write(ClassName::Composition, " kind of child is added");
   }

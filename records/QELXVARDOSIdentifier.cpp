@@ -6,10 +6,9 @@
 #include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
-namespace {
+QELXVARDOS_TRACED_HERE;
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
+namespace {
 
 enum class EmptyIds { Drop, Keep };
 
@@ -36,7 +35,7 @@ void AppendIds(const ZYMIDOMElement_var& element, const ZYMUnicodeString& attrib
 QELXVARDOSIdentifier::QELXVARDOSIdentifier(const ZYMIDOMNode_var& cadObject) : cadObject_(cadObject) {}
 
 HRESULT QELXVARDOSIdentifier::IdentifyComposition(ZYMUnicodeStringList& ids) {
-  const QELVARDOSClientTraceStep step(Trace, "QELXVARDOSIdentifier::IdentifyComposition");
+  const Step step(Trace, "QELXVARDOSIdentifier::IdentifyComposition");
   if (const ZYMIDOMElement_var element(cadObject_); element) {
     AppendIds(element, Word::FamilyId, EmptyIds::Drop, ids);
     AppendIds(element, Word::ComposerId, EmptyIds::Drop, ids);
@@ -45,7 +44,7 @@ HRESULT QELXVARDOSIdentifier::IdentifyComposition(ZYMUnicodeStringList& ids) {
 }
 
 HRESULT QELXVARDOSIdentifier::IdentifyParent(ZYMUnicodeStringList& ids) {
-  const QELVARDOSClientTraceStep step(Trace, "QELXVARDOSIdentifier::IdentifyParent");
+  const Step step(Trace, "QELXVARDOSIdentifier::IdentifyParent");
   if (const ZYMIDOMElement_var element(cadObject_); element) {
     AppendIds(element, Word::ParentId, EmptyIds::Keep, ids);
   }

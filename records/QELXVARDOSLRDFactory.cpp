@@ -14,12 +14,10 @@
 #include "records/QELXVARDOSLRDVersionInfo.h"
 #include "records/QELXVARDOSRelLRDObject.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 
 // What an object of a request or a response brings beside its element.

@@ -15,12 +15,9 @@
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
-
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 
 const ZYMUnicodeString Empty;
 
@@ -56,7 +53,6 @@ HRESULT CreateDocument(const ZYMUnicodeString& rootName, ZYMIDOMDocument_var& do
   return builder->CreateDocumentWithRoot(rootName, document, root);
 }
 
-// For trees that do not make such an element at once.
 }  // namespace
 
 // In the order of a file. The stamps of later formats stand before the last.

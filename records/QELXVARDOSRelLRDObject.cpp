@@ -7,11 +7,7 @@
 #include "platform/ZYMIDOMLook.h"
 #include "records/QELXVARDOSLRDConstants.h"
 
-namespace {
-
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-
-}  // namespace
+QELXVARDOS_TRACED_HERE;
 
 QELXVARDOSRelLRDObject::QELXVARDOSRelLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& relationship)
     : QELXVARDOSLRDObject(format, relationship) {
@@ -42,7 +38,7 @@ HRESULT QELXVARDOSRelLRDObject::Initialize(const ZYMIDOMNode_var& node) {
 }
 
 HRESULT QELXVARDOSRelLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
-  const QELVARDOSClientTraceStep step(Channels.details, format_.writes.CStr(), "GetXMLFormat");
+  const Step step(Trace, format_.writes.CStr(), "GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var rel;
   const HRESULT status = UntilFailure([&] { return BeginXML(visited, Word::Rel, document, rel); },

@@ -7,12 +7,10 @@
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckinExResponseXMLHandler, QELXVARDOSLRDXMLHandler)
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 

@@ -6,12 +6,10 @@
 
 ZYM_DEFINE_COMPONENT(QELXVARDOSLRDCheckoutExPathXMLHandler, QELXVARDOSLRDXMLHandler)
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using RecordMap = QELXIVARDOSLRDObject_varZYMUnicodeStringDico;
 
 }  // namespace

@@ -11,10 +11,9 @@
 #include "xmlhandlers/QELXVARDOSLRDCheckoutExXMLHandler.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
-namespace {
+QELXVARDOS_TRACED_HERE;
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
+namespace {
 
 using Handler = QELXIVARDOSLRDXMLHandler_var;
 using Config = QELIVARDOSGlobalConfigObject_var;
@@ -61,7 +60,7 @@ Handler HandlerFor(const ZYMUnicodeString& key, const Config& config) {
 
 HRESULT QELXVARDOSLRDXMLFactory::GetLRDXMLHandler(const QELIVARDOSGlobalConfigObject_var& config,
                                                   QELXIVARDOSLRDXMLHandler_var& handler) {
-  const QELVARDOSClientTraceStep step(Trace, "QELXVARDOSLRDXMLFactory::GetLRDXMLHandler");
+  const Step step(Trace, "QELXVARDOSLRDXMLFactory::GetLRDXMLHandler");
   handler = Make<QELXVARDOSLRDXMLHandler>(config);
   Trace.Write("xml handler of type : ", handler);
   return step.Return(S_OK);
@@ -69,7 +68,7 @@ HRESULT QELXVARDOSLRDXMLFactory::GetLRDXMLHandler(const QELIVARDOSGlobalConfigOb
 
 HRESULT QELXVARDOSLRDXMLFactory::GetLRDXMLHandler(const QELIVARDOSGlobalConfigObject_var& config,
                                                   const ZYMIDOMNode_var& node, QELXIVARDOSLRDXMLHandler_var& handler) {
-  const QELVARDOSClientTraceStep step(Trace, "QELXVARDOSLRDXMLFactory::GetLRDXMLHandler");
+  const Step step(Trace, "QELXVARDOSLRDXMLFactory::GetLRDXMLHandler");
   const ZYMUnicodeString name = NodeName(node);
   if (const ZYMIDOMElement_var root(node); root) {
     if (const Handler made = HandlerFor(name + CommandOf(root), config); made) {

@@ -13,12 +13,10 @@
 #include "records/QELXVARDOSLRDFactory.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 
+QELXVARDOS_TRACED_HERE;
+
 namespace {
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
-
-using Step = QELVARDOSClientTraceStep;
 using Record = QELXIVARDOSLRDObject_var;
 
 const ZYMUnicodeStringList ParserOptions{"ZYMDoValidation"};

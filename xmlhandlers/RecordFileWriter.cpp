@@ -8,10 +8,9 @@
 #include "records/HostLeave.h"
 #include "xmlhandlers/RecordFolder.h"
 
-namespace {
+QELXVARDOS_TRACED_HERE;
 
-ZYM_LOADED_AS(TraceChannels) const QELXVARDOSTraceChannels Channels;
-const QELVARDOSClientTrace& Trace = Channels.details;
+namespace {
 
 const ZYMUnicodeStringList WriterOptions{"ZYMEncoding"};
 const ZYMUnicodeStringList WriterValues{"UTF-8"};

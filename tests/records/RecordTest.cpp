@@ -204,6 +204,17 @@ TEST_F(RecordTest, an_update_takes_what_the_server_changes_down_to_the_sub_recor
   }
 }
 
+TEST_F(RecordTest, a_child_that_is_no_record_is_null_or_where_compositions_alone_are_taken_left_out) {
+  const Record all = FullV4("<o/>");
+  const Record compositions = Full<QELXVARDOSFullLRDObject_V2>("<o/>");
+  for (const Record& record : {all, compositions}) {
+    record->AddChild(ZYMIDOMElement_var(Tree("<o/>")));
+    record->AddChild(nullptr);
+  }
+  EXPECT_EQ(all->GetChildren().Size(), 2);
+  EXPECT_EQ(compositions->GetChildren().Size(), 0);
+}
+
 TEST_F(RecordTest, only_the_exact_action_lets_an_update_take_the_origin_and_the_classification) {
   for (const auto& [element, taken] : Rows<2>{{"<o action='setcadorigin'/>", "NEW"},
                                               {"<o action='setCadOrigin'/>", "OLD"},
