@@ -48,7 +48,7 @@ class ZYM_EXPORT QELXIVARDOSLRDObject : public ZYMBaseUnknown {
   /// Of a relationship made from a server's answer: "dpt" or "dpe" tell which end is the parent; else empty.
   virtual ZYMUnicodeString GetTopNode() const = 0;
 
-  /// true when the record was found as an entry in the record file of its parent or composition.
+  /// true when recognition looked in this record for an entry of the object, and not at the record itself.
   virtual void SetStateFlag(bool foundInParent) = 0;
   virtual const bool& GetStateFlag() const = 0;
   /// Whether a plain record that holds this one as a child nests it into its XML. Full records nest every child.

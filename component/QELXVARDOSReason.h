@@ -24,11 +24,12 @@ struct QELXVARDOSReason {
     // From the object's own record.
     /// EXISTS.
     StampsAgree,
-    /// MODIFIED, like the four that follow.
+    /// MODIFIED, like the three that follow.
     FileNewer,
     FileOlder,
     RecordWithoutStamp,
     StampIsNoTime,
+    /// There is a record, but no file any more, and the record has no entry of the object: UNKNOWN.
     ObjectFileGone,
 
     // From the entry of the object in a record.

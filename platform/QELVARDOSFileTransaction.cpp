@@ -221,6 +221,7 @@ void QELVARDOSFileTransaction::MakeContentDurable() {
   }
 }
 
+/// A file that is in its place counts as failed until its folders are known to be durable.
 void QELVARDOSFileTransaction::RenameAll() {
   for (Staged& file : staged_) {
     if (!file.temporary.empty()) {

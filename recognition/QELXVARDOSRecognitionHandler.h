@@ -6,8 +6,8 @@
 #include "platform/ZYMUnicodeStringZYMUnicodeStringDico.h"
 
 /// Recognition against the local records. A verdict comes from the first of these that applies: the physical id that
-/// the request gives the object; the object's own record file; the entry of the object in the record file of its
-/// composition.
+/// the request gives the object; the stamp in the object's own record file; the entry of the object in the record file
+/// of its composition, or in its own where it has no file any more.
 class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   ZYM_DECLARE_COMPONENT(QELXVARDOSRecognitionHandler);
 

@@ -146,7 +146,7 @@ HRESULT Recognition::Recognize(const ZYMIDOMElement_var& element, const RecordMa
 
 HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const Asked& asked,
                                         const Record& requestRecord) {
-  Object object{element, {}, {}, {}, {}};
+  Object object{element};
   Found found;
   SharedRecord* record = nullptr;
   HRESULT status = S_OK;
@@ -167,7 +167,7 @@ HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const
     found.verdict = &Word::Unknown;
   } else {
     Trace.Write("LRD file present on disc");
-    if (record->Get()->GetStateFlag()) {
+    if (object.asEntry) {
       DecideByEntry(object, requestRecord, *record, found);
     } else {
       DecideByStamps(object, record->Get(), found);
@@ -187,9 +187,9 @@ HRESULT Recognition::getLRDObject(Object& object, SharedRecord*& record) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::getLRDObject");
   object.paths = factory_.PathsOf(client_.cadName, object.element);
   object.file = Facts(object.paths.objectFile.ToString());
-  const bool inParent = ShouldCheckInParent(object);
+  object.asEntry = ShouldCheckInParent(object);
   // The paths of the object itself stand unless a composition has a record, so a parent is never asked.
-  object.composition = inParent ? PathsInComposition(object) : std::nullopt;
+  object.composition = object.asEntry ? PathsInComposition(object) : std::nullopt;
   if (Attribute(object.element, Word::RecognizeAsNew) == Word::UpperTrue) {
     if (object.composition || Facts(object.paths.recordFile).Exists()) {
       Trace.Write("Object is marked as recognise as new ");
@@ -202,21 +202,21 @@ HRESULT Recognition::getLRDObject(Object& object, SharedRecord*& record) {
     return step.Return(E_FAIL);
   }
   const HRESULT status = object.composition ? ReadShared(object, record) : ReadOwn(object, record);
-  if (record != nullptr && object.file.error && !inParent) {
+  if (record != nullptr && object.file.error && !object.asEntry) {
     record = nullptr;
     return step.Return(CannotTell(object, object.paths.objectFile.ToString(), object.file.error));
   }
   if (record != nullptr) {
     const Paths& place = object.composition ? *object.composition : object.paths;
     record->Get()->SetObjectFilePath(place.objectFile);
-    record->Get()->SetStateFlag(inParent);
+    record->Get()->SetStateFlag(object.asEntry);
   }
   return step.Return(status);
 }
 
 /// Whether the object is looked for in the record of its composition. What could not be looked at matters only where
 /// the two answers lead to different records.
-bool Recognition::ShouldCheckInParent(Object& object) {
+bool Recognition::ShouldCheckInParent(Object& object) const {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::ShouldCheckInParent");
   ZYMUnicodeStringList compositions;
   QELXVARDOSIdentifier(object.element).IdentifyComposition(compositions);
@@ -360,7 +360,7 @@ void Recognition::DecideByStamps(const Object& object, const Record& record, Fou
     found.why = Reason::Kind::StampsAgree;
   } else {
     found.verdict = &Word::ModifiedVerdict;
-    found.why = Reason::Kind::FileNewer;
+    found.why = WhyModified(object.file, found.objectChangeStamp);
   }
   version_ = record->GetVersion();
   CompleteRelationships(record);
@@ -409,11 +409,8 @@ void Recognition::Tell(const Object& object, const Found& found) const {
                 found.objectChangeStamp,
                 found.identifier,
                 {}};
-  if (object.file.Exists()) {
+  if (object.file.kind == QELVARDOSFileFacts::Kind::File) {
     reason.fileStamp = object.file.modified;
-  }
-  if (reason.kind == Reason::Kind::FileNewer) {
-    reason.kind = WhyModified(object.file, found.objectChangeStamp);
   }
   if (reason.kind == Reason::Kind::CannotBeLookedAt || reason.kind == Reason::Kind::RecordDamaged) {
     reason.failure = QELVARDOSSystemUtils::LastError();

@@ -52,12 +52,13 @@ class Recognition {
   /// The object that is being recognised.
   struct Object {
     ZYMIDOMElement_var element;
-    Paths paths;
+    Paths paths{};
     /// Its file as it was found when it was first looked at.
-    QELVARDOSFileFacts file;
-    /// Of the object whose record it stands in; without, its own record counts.
-    std::optional<Paths> composition;
-    std::optional<Doubt> doubt;
+    QELVARDOSFileFacts file{};
+    /// Whether it is looked for among the entries of a record: of its composition's or, without one, of its own.
+    bool asEntry = false;
+    std::optional<Paths> composition{};
+    std::optional<Doubt> doubt{};
     /// Why there is no record, if there is none.
     QELXVARDOSReason::Kind why = QELXVARDOSReason::Kind::NoRecord;
   };
@@ -68,7 +69,7 @@ class Recognition {
 
   // Where the record of an object is, and what it is.
   HRESULT getLRDObject(Object& object, SharedRecord*& record);
-  bool ShouldCheckInParent(Object& object);
+  bool ShouldCheckInParent(Object& object) const;
   std::optional<Paths> PathsInComposition(Object& object);
   HRESULT ReadShared(Object& object, SharedRecord*& record);
   HRESULT ReadOwn(Object& object, SharedRecord*& record);

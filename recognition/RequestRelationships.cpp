@@ -29,7 +29,7 @@ RequestRelationships::RequestRelationships(const ZYMIDOMNode_var& request) {
     return true;
   });
   untouched_.resize(std::bit_ceil(entries_.size()));
-  emptied_.resize(untouched_.size());
+  awaitingPhid_.resize(untouched_.size());
   for (Number number = 1; number <= entries_.size(); ++number) {
     Entry& entry = entries_[number - 1];
     entry.next = std::exchange(ChainOf(untouched_, entry.hash), number);
@@ -44,11 +44,12 @@ void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) {
   }
 }
 
+/// The first physical id stays, but that an empty one gives way to the first that is not.
 void RequestRelationships::Complete(const ZYMUnicodeString& id, const ZYMUnicodeString& physicalId) {
   const std::uint32_t hash = HashOf(id);
   CompleteThoseIn(untouched_, id, hash, physicalId);
   if (!physicalId.IsEmpty()) {
-    CompleteThoseIn(emptied_, id, hash, physicalId);
+    CompleteThoseIn(awaitingPhid_, id, hash, physicalId);
   }
 }
 
@@ -65,7 +66,7 @@ void RequestRelationships::CompleteThoseIn(Chains& chains, const ZYMUnicodeStrin
     entry.element->setAttribute(Word::Phid, physicalId);
     *link = entry.next;
     if (physicalId.IsEmpty()) {
-      entry.next = std::exchange(ChainOf(emptied_, hash), number);
+      entry.next = std::exchange(ChainOf(awaitingPhid_, hash), number);
     }
   }
 }

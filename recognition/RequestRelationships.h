@@ -32,6 +32,6 @@ class RequestRelationships {
 
   std::vector<Entry> entries_;
   Chains untouched_;
-  // Completed with an empty physical id so far: only another one changes them.
-  Chains emptied_;
+  // Completed with an empty physical id so far: only one that is not empty changes them.
+  Chains awaitingPhid_;
 };

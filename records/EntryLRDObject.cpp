@@ -26,7 +26,7 @@ HRESULT EntryLRDObject::Initialize(const ZYMIDOMNode_var& node) {
 }
 
 HRESULT EntryLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
-  const Step step(Trace, format_.writes.CStr(), "GetXMLFormat");
+  const Step step(Trace, format_.tracedWriting.CStr(), "GetXMLFormat");
   const ZYMUnicodeString& name = format_.kind == RecordKind::Child ? Word::Structure : Word::Composition;
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var entry;

@@ -56,7 +56,7 @@ QELXVARDOSFullLRDObject::~QELXVARDOSFullLRDObject() {
 
 HRESULT QELXVARDOSFullLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited,
                                               ZYMIDOMElement_var& element) {
-  const Step step(Trace, format_.writes.CStr(), "GetXMLFormat");
+  const Step step(Trace, format_.tracedWriting.CStr(), "GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var object;
   return step.Return(UntilFailure(
@@ -145,7 +145,7 @@ HRESULT QELXVARDOSFullLRDObject::UpdateLRDObjectFromXML(const ZYMIDOMNode_var& n
   if (!HasVersion()) {
     return UpdateCoreFromXML(element);
   }
-  const Step step(Trace, format_.writes.CStr(), "UpdateLRDObjectFromXML");
+  const Step step(Trace, format_.tracedWriting.CStr(), "UpdateLRDObjectFromXML");
   const HRESULT status = UpdateCoreFromXML(element);
   if (element) {
     for (const RecordFormat::Holding& held : format_.stamps) {

@@ -111,13 +111,13 @@ HRESULT QELXVARDOSLRDObject::GetLocalFileStamp(const ZYMIDOMElement_var& element
   return step.Return(S_OK);
 }
 
-void QELXVARDOSLRDObject::OpenSteps(RecordFormat::Classes classes, const char* operation) {
+void QELXVARDOSLRDObject::TraceSteps(RecordFormat::Classes classes, const char* operation) {
   for (const RecordFormat* format : classes) {
     const Step step(Trace, format->name.CStr(), operation);
   }
 }
 
-HRESULT QELXVARDOSLRDObject::CloseSteps(RecordFormat::Classes classes, HRESULT status) {
+HRESULT QELXVARDOSLRDObject::TraceReturns(RecordFormat::Classes classes, HRESULT status) {
   for (std::size_t open = classes.size(); open != 0; --open) {
     Step::Close(Trace, status);
   }
@@ -125,7 +125,7 @@ HRESULT QELXVARDOSLRDObject::CloseSteps(RecordFormat::Classes classes, HRESULT s
 }
 
 HRESULT QELXVARDOSLRDObject::Initialize(const ZYMIDOMNode_var& node) {
-  OpenSteps(format_.initializes, "Initialize");
+  TraceSteps(format_.tracedReading, "Initialize");
   writeFlag_ = false;
   stateFlag_ = false;
   if (const ZYMIDOMElement_var element(node); element) {
@@ -133,7 +133,7 @@ HRESULT QELXVARDOSLRDObject::Initialize(const ZYMIDOMNode_var& node) {
       Read(value, element);
     }
   }
-  return CloseSteps(format_.initializes, S_OK);
+  return TraceReturns(format_.tracedReading, S_OK);
 }
 
 void QELXVARDOSLRDObject::ReadPhysicalId(const ZYMIDOMElement_var& element) { Read(CoreValues.front(), element); }
@@ -337,7 +337,7 @@ HRESULT QELXVARDOSLRDObject::CopyFromLRDObject(const QELXIVARDOSLRDObject_var& o
 }
 
 void QELXVARDOSLRDObject::updateLRDObject(const QELXIVARDOSLRDObject_var& other) {
-  OpenSteps(format_.updates, "updateLRDObject");
+  TraceSteps(format_.tracedUpdate, "updateLRDObject");
   physicalId_ = other->GetPhysicalId();
   ceStamp_ = other->GetCEStamp();
   Trace.Write("physicaid : ", physicalId_, "CEStamp : ", ceStamp_, " Updated");

@@ -85,8 +85,8 @@ class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
   QELXVARDOSLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject);
 
   /// The steps of an operation, each of these classes calling the one behind it.
-  static void OpenSteps(RecordFormat::Classes classes, const char* operation);
-  static HRESULT CloseSteps(RecordFormat::Classes classes, HRESULT status);
+  static void TraceSteps(RecordFormat::Classes classes, const char* operation);
+  static HRESULT TraceReturns(RecordFormat::Classes classes, HRESULT status);
 
   /// The stamp of the file that the element names; empty without "filename" and without a file.
   HRESULT GetLocalFileStamp(const ZYMIDOMElement_var& element, ZYMUnicodeString& stamp);

@@ -27,33 +27,33 @@ namespace Format {
 constexpr RecordFormat Plain{.name = ClassName::Plain,
                              .before = nullptr,
                              .meta = MetaObjectOf<Plain>,
-                             .initializes = {&Plain},
-                             .updates = {&Plain}};
+                             .tracedReading = {&Plain},
+                             .tracedUpdate = {&Plain}};
 
 // "0.0"
 constexpr RecordFormat Full{.name = ClassName::Full,
                             .before = &Plain,
                             .meta = MetaObjectOf<Full>,
-                            .initializes = {&Full, &Plain},
-                            .updates = {&Full, &Plain}};
+                            .tracedReading = {&Full, &Plain},
+                            .tracedUpdate = {&Full, &Plain}};
 constexpr RecordFormat Child{.name = ClassName::Child,
                              .kind = RecordKind::Child,
                              .before = &Plain,
                              .meta = MetaObjectOf<Child>,
-                             .initializes = {&Child, &Plain},
-                             .updates = {&Plain}};
+                             .tracedReading = {&Child, &Plain},
+                             .tracedUpdate = {&Plain}};
 constexpr RecordFormat Composition{.name = ClassName::Composition,
                                    .kind = RecordKind::Composition,
                                    .before = &Plain,
                                    .meta = MetaObjectOf<Composition>,
-                                   .initializes = {&Composition, &Plain},
-                                   .updates = {&Plain}};
+                                   .tracedReading = {&Composition, &Plain},
+                                   .tracedUpdate = {&Plain}};
 constexpr RecordFormat Rel{.name = ClassName::Rel,
                            .kind = RecordKind::Rel,
                            .before = &Plain,
                            .meta = MetaObjectOf<Rel>,
-                           .initializes = {&Rel},
-                           .updates = {&Plain}};
+                           .tracedReading = {&Rel},
+                           .tracedUpdate = {&Plain}};
 
 // "1.0"
 constexpr RecordStamp MacroCEStamp{
@@ -62,43 +62,43 @@ constexpr RecordFormat FullV1{.name = ClassName::FullV1,
                               .before = &Full,
                               .meta = MetaObjectOf<FullV1>,
                               .stamps = {{MacroCEStamp, FullV1, false}},
-                              .initializes = {&FullV1, &Full, &Plain},
-                              .updates = {&FullV1, &Full, &Plain},
-                              .version = RecordFormat::Version::Lost};
+                              .version = RecordFormat::Version::Lost,
+                              .tracedReading = {&FullV1, &Full, &Plain},
+                              .tracedUpdate = {&FullV1, &Full, &Plain}};
 constexpr RecordFormat ChildV1{.name = ClassName::ChildV1,
                                .kind = RecordKind::Child,
                                .before = &Child,
                                .meta = MetaObjectOf<ChildV1>,
                                .stamps = {{MacroCEStamp, ChildV1, false}},
-                               .initializes = {&ChildV1, &Child, &Plain},
-                               .updates = {&ChildV1, &Plain}};
+                               .tracedReading = {&ChildV1, &Child, &Plain},
+                               .tracedUpdate = {&ChildV1, &Plain}};
 constexpr RecordFormat CompositionV1{.name = ClassName::CompositionV1,
                                      .kind = RecordKind::Composition,
                                      .before = &Composition,
                                      .meta = MetaObjectOf<CompositionV1>,
                                      .stamps = {{MacroCEStamp, CompositionV1, false}},
-                                     .initializes = {&CompositionV1, &Composition, &Plain},
-                                     .updates = {&CompositionV1, &Plain}};
+                                     .tracedReading = {&CompositionV1, &Composition, &Plain},
+                                     .tracedUpdate = {&CompositionV1, &Plain}};
 
 // "2.0"
 constexpr RecordFormat FullV2{.name = ClassName::FullV2,
                               .before = &FullV1,
                               .meta = MetaObjectOf<FullV2>,
                               .stamps = FullV1.stamps,
-                              .initializes = {&FullV2, &FullV1, &Full, &Plain},
-                              .writes = ClassName::FullV1,
-                              .updates = FullV1.updates,
                               .version = RecordFormat::Version::Lost,
-                              .compositionsAlone = true};
+                              .compositionsAlone = true,
+                              .tracedReading = {&FullV2, &FullV1, &Full, &Plain},
+                              .tracedWriting = ClassName::FullV1,
+                              .tracedUpdate = FullV1.tracedUpdate};
 
 // "3.0"
 constexpr RecordFormat RelV3{.name = ClassName::RelV3,
                              .kind = RecordKind::Rel,
                              .before = &Rel,
                              .meta = MetaObjectOf<RelV3>,
-                             .initializes = {&RelV3, &Rel},
-                             .updates = {&Plain},
-                             .childPhid = true};
+                             .childPhid = true,
+                             .tracedReading = {&RelV3, &Rel},
+                             .tracedUpdate = {&Plain}};
 
 // "4.0". Its full record's update goes back beyond "1.0". Its entries have a macro CE stamp anew: the old one is what
 // Initialize reads.
@@ -108,23 +108,23 @@ constexpr RecordFormat FullV4{.name = ClassName::FullV4,
                               .before = &FullV1,
                               .meta = MetaObjectOf<FullV4>,
                               .stamps = {{MacroCEStamp, FullV1, false}, {XSStamp, FullV4}},
-                              .initializes = FullV1.initializes,
-                              .updates = {&FullV4, &Full, &Plain},
-                              .version = RecordFormat::Version::Kept};
+                              .version = RecordFormat::Version::Kept,
+                              .tracedReading = FullV1.tracedReading,
+                              .tracedUpdate = {&FullV4, &Full, &Plain}};
 constexpr RecordFormat ChildV4{.name = ClassName::ChildV4,
                                .kind = RecordKind::Child,
                                .before = &ChildV1,
                                .meta = MetaObjectOf<ChildV4>,
                                .stamps = {{MacroCEStamp, ChildV4}, {XSStamp, ChildV4}},
-                               .initializes = ChildV1.initializes,
-                               .updates = {&ChildV4, &ChildV1, &Plain}};
+                               .tracedReading = ChildV1.tracedReading,
+                               .tracedUpdate = {&ChildV4, &ChildV1, &Plain}};
 constexpr RecordFormat CompositionV4{.name = ClassName::CompositionV4,
                                      .kind = RecordKind::Composition,
                                      .before = &CompositionV1,
                                      .meta = MetaObjectOf<CompositionV4>,
                                      .stamps = {{MacroCEStamp, CompositionV4}, {XSStamp, CompositionV4}},
-                                     .initializes = CompositionV1.initializes,
-                                     .updates = {&CompositionV4, &CompositionV1, &Plain}};
+                                     .tracedReading = CompositionV1.tracedReading,
+                                     .tracedUpdate = {&CompositionV4, &CompositionV1, &Plain}};
 
 // What new records are but for check-out by path. The server must know it before it stands here.
 constexpr const ZYMUnicodeString& VersionOfNewRecords = FormatVersion::V4;

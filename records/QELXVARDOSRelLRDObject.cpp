@@ -26,7 +26,7 @@ QELXVARDOSRelLRDObject::QELXVARDOSRelLRDObject(const RecordFormat& format, const
 }
 
 HRESULT QELXVARDOSRelLRDObject::Initialize(const ZYMIDOMNode_var& node) {
-  OpenSteps(format_.initializes, "Initialize");
+  TraceSteps(format_.tracedReading, "Initialize");
   if (const ZYMIDOMElement_var element(node); element) {
     relUuid_ = Attribute(element, Word::Id);
     ReadPhysicalId(element);
@@ -34,11 +34,11 @@ HRESULT QELXVARDOSRelLRDObject::Initialize(const ZYMIDOMNode_var& node) {
       TakeTextOfFirst(element, Word::ChildPhid, childPhid_);
     }
   }
-  return CloseSteps(format_.initializes, S_OK);
+  return TraceReturns(format_.tracedReading, S_OK);
 }
 
 HRESULT QELXVARDOSRelLRDObject::GetXMLFormat(const QELXIVARDOSLRDObject_varList& visited, ZYMIDOMElement_var& element) {
-  const Step step(Trace, format_.writes.CStr(), "GetXMLFormat");
+  const Step step(Trace, format_.tracedWriting.CStr(), "GetXMLFormat");
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var rel;
   const HRESULT status = UntilFailure([&] { return BeginXML(visited, Word::Rel, document, rel); },

@@ -45,12 +45,14 @@ struct RecordFormat {
   const RecordFormat* before = nullptr;  ///< that of the class it derives from; null: of the interface
   ZYMMetaObject* (*meta)() = nullptr;
   std::initializer_list<Holding> stamps = {};  ///< in the order of a file
-  Classes initializes = {};
-  const ZYMUnicodeString& writes = name;
-  Classes updates = {};
   Version version = Version::HasNone;
   bool compositionsAlone = false;  ///< takes no other children
   bool childPhid = false;
+
+  // Whose steps the trace opens. They name classes, and steer nothing else.
+  Classes tracedReading = {};
+  const ZYMUnicodeString& tracedWriting = name;
+  Classes tracedUpdate = {};
 };
 
 /// The meta-object of a format's class.
