@@ -267,6 +267,10 @@ void MeasureTrace(const Comparison& comparison, const Settings& settings, Result
 
 void MeasureInstructions(const std::vector<Comparison>& comparisons, const Settings& settings, Results& results) {
   constexpr int MostObjects = 10000;
+  if (!IsInstalled("valgrind")) {
+    Tell("no valgrind here: instructions are not counted");
+    return;
+  }
   for (const Comparison& comparison : comparisons) {
     const Reference* const floor = comparison.Floor();
     if (comparison.objects > MostObjects || floor == nullptr) {

@@ -6,7 +6,7 @@
 
 /// What a host may be told while an operation of the module runs. The host implements what it wants to hear of; it
 /// keeps the object, which must outlive the handler that it was given to. Every call comes on the thread of the
-/// operation.
+/// operation, and must leave the list of objects as it is.
 class QELXIVARDOSObserver {
  public:
   QELXIVARDOSObserver() = default;

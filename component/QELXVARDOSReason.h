@@ -5,8 +5,8 @@
 
 #include "platform/ZYMUnicodeString.h"
 
-/// Why recognition gave an object its verdict: one closed list, with the facts that decided. Facts that had no part in
-/// it are empty.
+/// Why recognition gave an object its verdict: one closed list, with the facts that are known of it. What was not
+/// looked at is empty.
 struct QELXVARDOSReason {
   enum class Kind {
     // From the request alone; no record and no file was looked at.
@@ -15,7 +15,7 @@ struct QELXVARDOSReason {
     /// It has none, and the command runs without records: UNKNOWN.
     NoPhysicalId,
 
-    // From the request, whatever the records say.
+    // From the request, over what the records say.
     /// modified="TRUE" on an object that is not UNKNOWN: MODIFIED.
     MarkedAsModified,
     /// "recognizeasnew": UNKNOWN.

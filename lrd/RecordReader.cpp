@@ -53,6 +53,7 @@ void RecordReader::UnknownFormat(const ZYMUnicodeString& /*recordFile*/, const Z
 
 RecordReading RecordReader::Read(const std::string& file) {
   unknownVersion_.clear();
+  QELVARDOSSystemUtils::SetLastError("");
   Look look;
   const QELVARDOSUseFileLayer use(look);
   try {

@@ -60,8 +60,10 @@ constexpr std::array Reasons = {Words{Reason::StampsAgree, "stamps agree"},
                                 Words{Reason::ObjectFileGone, "object file gone"}};
 
 const char* InWords(Reason reason) {
-  return std::find_if(Reasons.begin(), Reasons.end(), [reason](const Words& row) { return row.reason == reason; })
-      ->words;
+  const auto* const row =
+      std::find_if(Reasons.begin(), Reasons.end(), [reason](const Words& words) { return words.reason == reason; });
+  // An object that was listed is looked for as an entry only if its file has gone meanwhile.
+  return row == Reasons.end() ? InWords(Reason::ObjectFileGone) : row->words;
 }
 
 std::string InWords(const QELXVARDOSReason& reason) {

@@ -119,7 +119,8 @@ class Recogniser {
   /// In the module's own words.
   void Blame(CadObject& object) {
     const std::string file = RecordFileOf(object.folder, object.record);
-    const std::string refusal = object.reason.failure.Str();
+    const std::string refusal =
+        object.reason.failure.IsEmpty() ? QELVARDOSSystemUtils::LastError() : object.reason.failure.Str();
     const bool isUnseen = object.reason.kind == QELXVARDOSReason::Kind::CannotBeLookedAt;
     object.verdict = Verdict::Damaged;
     object.damage = isUnseen ? refusal : file + ": " + WithoutFile(refusal, file);

@@ -74,8 +74,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   virtual std::error_code HideFolder(const std::string& path) = 0;
   /// Holds a folder as a writer, or alone. device_or_resource_busy: others hold it in a way that does not go with this.
   /// QELVARDOSFileError::ForeignLink: nothing is to be written there. After any other error it is held by nobody,
-  /// since the folder cannot be opened or its file system is none on which a claim is seen by all who may write there.
-  /// Here: not_supported.
+  /// since the folder cannot be opened, its file system is none on which a claim is seen by all who may write there, or
+  /// claims would take too many of the files that a process may have open. Here: not_supported.
   virtual std::error_code ClaimFolder(const std::string& folder, QELVARDOSFolderUse use, QELVARDOSFolderClaim& claim);
   /// Creates a file that must not exist yet (file_exists), with these bytes, never through a link; it need not be
   /// durable yet. like: a file whose owner, group, mode and extended attributes it gets as far as the process may set

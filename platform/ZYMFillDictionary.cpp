@@ -1,10 +1,13 @@
 #include "platform/ZYMFillDictionary.h"
 
+#include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -17,7 +20,7 @@ struct Dictionary {
     int owners = 0;
   };
   std::unordered_map<std::string, Class> classes;
-  std::unordered_map<std::string, ZYMFillDictionary::CreationFunction> creations;
+  std::unordered_map<std::string, std::vector<ZYMFillDictionary::CreationFunction>> creations;
   std::atomic<ZYMDictionaryObserver> observer = nullptr;
 
   // Called without the lock, so that an observer may ask the dictionary.
@@ -90,7 +93,7 @@ ZYMMetaObject* ZYMFindMetaObject(std::string_view className) {
 void ZYMFillDictionary::RegisterFunctionCreation(const char* className, CreationFunction create) {
   Dictionary& dictionary = TheDictionary();
   std::unique_lock lock(dictionary.mutex);
-  dictionary.creations[className] = create;
+  dictionary.creations[className].push_back(create);
   lock.unlock();
   dictionary.Tell(ZYMDictionaryEvent::CreationAdded, className);
 }
@@ -98,10 +101,14 @@ void ZYMFillDictionary::RegisterFunctionCreation(const char* className, Creation
 void ZYMFillDictionary::UnregisterFunctionCreation(const char* className, CreationFunction create) {
   Dictionary& dictionary = TheDictionary();
   std::unique_lock lock(dictionary.mutex);
-  const auto found = dictionary.creations.find(className);
-  const bool removed = found != dictionary.creations.end() && found->second == create;
+  std::vector<CreationFunction>& functions = dictionary.creations[className];
+  const auto last = std::find(functions.rbegin(), functions.rend(), create);
+  const bool removed = last != functions.rend();
   if (removed) {
-    dictionary.creations.erase(found);
+    functions.erase(std::next(last).base());
+  }
+  if (functions.empty()) {
+    dictionary.creations.erase(className);
   }
   lock.unlock();
   if (removed) {
@@ -113,7 +120,8 @@ ZYMBaseUnknown* ZYMCreateByName(const char* className) {
   Dictionary& dictionary = TheDictionary();
   std::unique_lock lock(dictionary.mutex);
   const auto found = dictionary.creations.find(className);
-  const ZYMFillDictionary::CreationFunction create = found == dictionary.creations.end() ? nullptr : found->second;
+  const ZYMFillDictionary::CreationFunction create =
+      found == dictionary.creations.end() ? nullptr : found->second.back();
   lock.unlock();
   return create == nullptr ? nullptr : create();
 }

@@ -9,7 +9,8 @@
 /// that is loaded into it.
 
 /// Looks the meta-object of a class up by its name and registers it on first use. parent: null for none. A name that is
-/// registered already answers the registered meta-object; the other arguments are then without effect.
+/// registered already answers the registered meta-object; the other arguments are then without effect. It lives until
+/// the last module with a class of that name is unloaded; without one, for good.
 ZYM_EXPORT ZYMMetaObject* fct_RetrieveMetaObject(std::string_view className, const ZYMMetaObject* parent,
                                                  std::string_view baseName, std::string_view frameworkName,
                                                  const ZYMGuid* interfaceId = nullptr);
@@ -22,9 +23,9 @@ class ZYM_EXPORT ZYMFillDictionary {
   /// Answers a new component with one reference, which is the caller's.
   using CreationFunction = ZYMBaseUnknown* (*)();
 
-  /// Registering a name again replaces its function. className is copied.
+  /// Of several functions for one name the last is in use. className is copied.
   static void RegisterFunctionCreation(const char* className, CreationFunction create);
-  /// Takes back what was registered with the same function; another's stays.
+  /// Takes back what was registered with the same function; others stay, and the last of them is in use.
   static void UnregisterFunctionCreation(const char* className, CreationFunction create);
 };
 

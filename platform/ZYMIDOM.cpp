@@ -28,11 +28,18 @@ HRESULT ZYMIDOMElement::getTextOfFirst(const ZYMUnicodeString& name, bool& found
 
 HRESULT ZYMIDOMElement::visitChildElements(const ZYMUnicodeStringList& names,
                                            const std::function<bool(const ZYMIDOMElement_var& child)>& visit) {
-  ForEachChild(ZYMIDOMNode_var(this), [&](const ZYMIDOMNode_var& child) {
+  ZYMIDOMNodeList_var children;
+  int count = 0;
+  const HRESULT status = UntilFailure([&] { return getChildNodes(children); },
+                                      [&] { return children ? children->getLength(count) : S_OK; });
+  bool more = true;
+  for (int i = 0; i < count && more; ++i) {
+    ZYMIDOMNode_var child;
+    children->item(i, child);
     const ZYMIDOMElement_var element(child);
-    return element.IsNull() || (names.Size() != 0 && names.Locate(NodeName(element)) == 0) || visit(element);
-  });
-  return S_OK;
+    more = element.IsNull() || (names.Size() != 0 && names.Locate(NodeName(element)) == 0) || visit(element);
+  }
+  return status;
 }
 
 HRESULT ZYMIDOMElement::getAttributeNames(ZYMUnicodeStringList& /*names*/) { return E_NOTIMPL; }

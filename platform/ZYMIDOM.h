@@ -62,7 +62,8 @@ class ZYM_EXPORT ZYMIDOMElement : public ZYMIDOMNode {
   /// Short cuts for what is done most. Each has a body in terms of the operations above, which a tree may override with
   /// a faster one of the same effect.
   ///
-  /// Whether getElementsByTagName has a first item and, if that has a first child, the child's value.
+  /// Whether getElementsByTagName has a first item and, if that has a first child, the child's value. found tells of
+  /// the item also when the value could not be read.
   virtual HRESULT getTextOfFirst(const ZYMUnicodeString& name, bool& found, ZYMUnicodeString& text);
   /// Calls visit with each child that is an element of one of these names, without names with each that is an element,
   /// in document order until it answers false. The children must stay the same meanwhile.

@@ -8,7 +8,8 @@
 #include "platform/ZYMGuid.h"
 
 /// What the framework knows of a class or an interface: its name, what it derives from, and, for an interface, its
-/// identity. Meta-objects live in the class dictionary from their registration until their module is unloaded.
+/// identity. Meta-objects live in the class dictionary from their registration until the last module with a class of
+/// that name is unloaded.
 class ZYM_EXPORT ZYMMetaObject {
  public:
   /// parent: null for a root. interfaceId: null for an implementation class; copied.

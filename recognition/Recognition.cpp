@@ -6,10 +6,10 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSFileError.h"
 #include "platform/QELVARDOSSystemUtils.h"
-#include "platform/ZYMNullHandleError.h"
 #include "recognition/ObjectsOfTree.h"
 #include "records/FileStamp.h"
 #include "records/HostLeave.h"
+#include "records/IncompleteRecord.h"
 #include "records/QELXVARDOSIdentifier.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
@@ -59,7 +59,10 @@ Reason::Kind WhyModified(const QELVARDOSFileFacts& file, const ZYMUnicodeString&
   if (error != std::errc() || end != text.data() + text.size()) {
     return Reason::Kind::StampIsNoTime;
   }
-  return file.modified < seconds ? Reason::Kind::FileOlder : Reason::Kind::FileNewer;
+  // Of equal times only one is written as times are.
+  return file.modified == seconds  ? Reason::Kind::StampIsNoTime
+         : file.modified < seconds ? Reason::Kind::FileOlder
+                                   : Reason::Kind::FileNewer;
 }
 
 }  // namespace
@@ -152,7 +155,7 @@ HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const
   HRESULT status = S_OK;
   try {
     status = getLRDObject(object, record);
-  } catch (const ZYMNullHandleError&) {
+  } catch (const IncompleteRecord&) {
     found.why = Reason::Kind::RecordDamaged;
     Tell(object, found);
     throw;
@@ -318,7 +321,8 @@ void Recognition::DecideByEntry(const Object& object, const Record& requestRecor
   if (found.record.IsNull()) {
     Trace.Write("Object is not present in its parent LRD ");
     found.verdict = &Word::Unknown;
-    found.why = object.composition ? Reason::Kind::NoSuchEntry : Reason::Kind::ObjectFileGone;
+    const bool isGone = !object.composition && object.file.kind == QELVARDOSFileFacts::Kind::Missing;
+    found.why = isGone ? Reason::Kind::ObjectFileGone : Reason::Kind::NoSuchEntry;
     return;
   }
   Trace.Write("Object is present in its parent LRD ");

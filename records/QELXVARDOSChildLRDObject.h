@@ -5,6 +5,8 @@
 /// A child record places an object in the structure of its parent: an element "structure" in the parent's record file.
 class QELXVARDOSChildLRDObject : public EntryLRDObject {
  public:
+  static ZYMMetaObject* MetaObject() { return Format::Child.meta(); }
+
   /// From an object of a request or a response. The write flag is true when the object file does not exist.
   QELXVARDOSChildLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
                            const ZYMUnicodeString& identifier);

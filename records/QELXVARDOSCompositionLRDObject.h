@@ -6,6 +6,8 @@
 /// "composition" in the record file of each member. Its write flag is true.
 class QELXVARDOSCompositionLRDObject : public EntryLRDObject {
  public:
+  static ZYMMetaObject* MetaObject() { return Format::Composition.meta(); }
+
   /// From an object of a request or a response. members: the CAD ids of the objects that it belongs to.
   QELXVARDOSCompositionLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
                                  const ZYMUnicodeString& identifier, const ZYMUnicodeStringList& members)

@@ -7,6 +7,8 @@
 /// file.
 class QELXVARDOSFullLRDObject : public StampedLRDObject {
  public:
+  static ZYMMetaObject* MetaObject() { return Format::Full.meta(); }
+
   /// From an object of a request or a response. The write flag is true but in format "0.0", which has no version.
   QELXVARDOSFullLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& cadobject,
                           const ZYMUnicodeString& version);

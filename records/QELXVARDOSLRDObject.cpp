@@ -11,6 +11,7 @@
 #include "platform/Steps.h"
 #include "platform/ZYMIDOMLook.h"
 #include "records/FileStamp.h"
+#include "records/IncompleteRecord.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
@@ -140,9 +141,8 @@ void QELXVARDOSLRDObject::ReadPhysicalId(const ZYMIDOMElement_var& element) { Re
 
 void QELXVARDOSLRDObject::Read(const CoreValue& value, const ZYMIDOMElement_var& element) {
   if (!TakeTextOfFirst(element, value.word, this->*value.field)) {
-    QELVARDOSSystemUtils::SetLastError("<" + NodeName(element).Str() + "> lacks the element <" + value.word.Str() +
-                                       ">");
-    ZYMRaiseNullHandle(ZYMIDOMNode::ClassName());
+    throw IncompleteRecord(ZYMIDOMNode::ClassName(),
+                           "<" + NodeName(element).Str() + "> lacks the element <" + value.word.Str() + ">");
   }
 }
 

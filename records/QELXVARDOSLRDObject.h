@@ -12,6 +12,8 @@
 /// core values and nests those of its children whose write flag is set.
 class QELXVARDOSLRDObject : public QELXIVARDOSLRDObject {
  public:
+  static ZYMMetaObject* MetaObject() { return Format::Plain.meta(); }
+
   /// Everything empty, both flags false.
   QELXVARDOSLRDObject();
   /// From the attributes of an object in a request or a response; a missing attribute reads as empty. The stamp is the

@@ -6,6 +6,8 @@
 /// parent. It keeps no stamps in a file.
 class QELXVARDOSRelLRDObject : public QELXVARDOSLRDObject {
  public:
+  static ZYMMetaObject* MetaObject() { return Format::Rel.meta(); }
+
   /// From a relationship of a request or a response: its "rid" becomes the CAD id. The write flag is true.
   QELXVARDOSRelLRDObject(const RecordFormat& format, const ZYMIDOMNode_var& relationship);
   /// From an element of a record file; the flag is not read.

@@ -85,6 +85,8 @@ extern const RecordFormat RelV3;
 template <typename Kind, const RecordFormat& Of>
 class RecordOf : public Kind {
  public:
+  static ZYMMetaObject* MetaObject() { return Of.meta(); }
+
   template <typename... Facts>
   explicit RecordOf(const ZYMIDOMNode_var& node, Facts&&... facts) : Kind(Of, node, std::forward<Facts>(facts)...) {}
 };

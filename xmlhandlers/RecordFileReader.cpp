@@ -7,7 +7,7 @@
 #include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMIDOMLook.h"
-#include "platform/ZYMNullHandleError.h"
+#include "records/IncompleteRecord.h"
 #include "records/Nesting.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
@@ -135,8 +135,8 @@ HRESULT RecordFileReader::Take(const ZYMUnicodeString& path, std::string bytes, 
     }
     const HRESULT taken = TakeDocument(path, document, record);
     return step.Return(FAILED(taken) ? taken : status);
-  } catch (const ZYMNullHandleError&) {
-    QELVARDOSSystemUtils::SetLastError(path.Str() + ": " + QELVARDOSSystemUtils::LastError());
+  } catch (const IncompleteRecord& incomplete) {
+    QELVARDOSSystemUtils::SetLastError(path.Str() + ": " + incomplete.Reason());
     throw;
   } catch (const std::bad_alloc&) {
     error = std::make_error_code(std::errc::not_enough_memory);

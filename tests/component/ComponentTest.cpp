@@ -265,4 +265,24 @@ TEST_F(ComponentTest, a_string_is_built_from_a_number_in_integer_formats_and_sta
   }
 }
 
+ZYMBaseUnknown* MakeNothing() { return nullptr; }
+class Something : public ZYMBaseUnknown {};
+ZYMBaseUnknown* MakeSomething() { return new Something; }
+
+TEST(RegistryTest, of_two_creations_of_one_name_the_one_that_stays_is_in_use) {
+  const auto made = [] { return static_cast<bool>(ZYMBaseUnknown_var::Adopt(ZYMCreateByName("Twice"))); };
+  ZYMFillDictionary::RegisterFunctionCreation("Twice", MakeSomething);
+  ZYMFillDictionary::RegisterFunctionCreation("Twice", MakeNothing);
+  EXPECT_FALSE(made());
+  ZYMFillDictionary::UnregisterFunctionCreation("Twice", MakeNothing);
+  EXPECT_TRUE(made());
+  ZYMFillDictionary::RegisterFunctionCreation("Twice", MakeNothing);
+  ZYMFillDictionary::RegisterFunctionCreation("Twice", MakeSomething);
+  ZYMFillDictionary::UnregisterFunctionCreation("Twice", MakeSomething);
+  EXPECT_FALSE(made()) << "the one that was registered last is gone, not the first";
+  ZYMFillDictionary::UnregisterFunctionCreation("Twice", MakeNothing);
+  ZYMFillDictionary::UnregisterFunctionCreation("Twice", MakeSomething);
+  EXPECT_FALSE(made());
+}
+
 }  // namespace

@@ -97,8 +97,12 @@ TEST_F(ReasonTest, the_request_alone_decides_for_what_it_marks_or_names) {
 
 TEST_F(ReasonTest, an_own_record_decides_by_stamps_or_is_none) {
   std::string objects;
-  for (const auto& [name, stamp] :
-       Rows<2>{{"same", "100"}, {"newer", "99"}, {"older", "101"}, {"stampless", ""}, {"timeless", "100 s"}}) {
+  for (const auto& [name, stamp] : Rows<2>{{"same", "100"},
+                                           {"newer", "99"},
+                                           {"older", "101"},
+                                           {"stampless", ""},
+                                           {"timeless", "100 s"},
+                                           {"odd", "0100"}}) {
     folder_.PutFile(name + ".prt", 100);
     folder_.PutRecord(name + ".prt", RecordOf(stamp));
     objects += Object(name);
@@ -113,6 +117,7 @@ TEST_F(ReasonTest, an_own_record_decides_by_stamps_or_is_none) {
                 Line("older MODIFIED", Kind::FileOlder, Own("older") + " file 100 record 101") +
                 Line("stampless MODIFIED", Kind::RecordWithoutStamp, Own("stampless") + " file 100") +
                 Line("timeless MODIFIED", Kind::StampIsNoTime, Own("timeless") + " file 100 record 100 s") +
+                Line("odd MODIFIED", Kind::StampIsNoTime, Own("odd") + " file 100 record 0100") +
                 Line("gone UNKNOWN", Kind::ObjectFileGone, Own("gone") + " by gone.prt") +
                 Line("none UNKNOWN", Kind::NoRecord, Own("none") + " file 100") +
                 Line("strange UNKNOWN", Kind::NoKnownRecord, Own("strange") + " file 100"));
