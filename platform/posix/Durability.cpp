@@ -66,9 +66,15 @@ bool CommitTogether(const Files& files) {
   return WriteOut(files, Start) && WriteOut(files, Finish) && Succeeds(files.back(), CommitJournal);
 }
 
-bool SynchroniseDisk(const Files& files) {
-  return !WithOpen(*files.front().path, [](int number) { return IsOfThisSystem(number) ? syncfs(number) : -1; });
+int SynchroniseDiskOf(int file) {
+  if (IsOfThisSystem(file)) {
+    return syncfs(file);
+  }
+  errno = ENOTSUP;
+  return -1;
 }
+
+bool SynchroniseDisk(const Files& files) { return !WithOpen(*files.front().path, SynchroniseDiskOf); }
 
 /// syncfs is the cheapest way for many files of a quiet disk, but it also waits for whatever else the disk owes, such
 /// as gigabytes of CAD files that were just checked out. A journal is committed in order: there it is enough to write

@@ -101,6 +101,8 @@ int fstatfs(int file, struct statfs* disk) noexcept {
   const int result = System(SYS_fstatfs, file, disk);
   if (fake != nullptr) {
     disk->f_type = static_cast<decltype(disk->f_type)>(fake->type);
+    // What succeeds may leave anything there.
+    errno = 0;
   }
   return result;
 }
