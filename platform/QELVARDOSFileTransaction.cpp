@@ -80,11 +80,19 @@ QELVARDOSFileTransaction::~QELVARDOSFileTransaction() {
 
 std::error_code QELVARDOSFileTransaction::Replace(const std::string& path, std::string_view bytes) {
   Staged file{path, {}, QELVARDOSReplacement::Written, {}};
-  const std::error_code error = Stage(path, bytes, file);
+  std::error_code error;
+  try {
+    error = Stage(path, bytes, file);
+    if (!error) {
+      staged_.push_back(std::move(file));
+    }
+  } catch (...) {
+    // Memory may run out once the temporary file is written, and nobody else knows of it.
+    RemoveTemporary(file);
+    throw;
+  }
   if (error) {
     Tell(path, QELVARDOSReplacement::Failed, error, {});
-  } else {
-    staged_.push_back(std::move(file));
   }
   return error;
 }
@@ -338,12 +346,15 @@ void QELVARDOSFileTransaction::Tell(const std::string& path, QELVARDOSReplacemen
   layer_.Replaced(path, outcome, error);
 }
 
+/// Nothing stays on the disk, even when telling of it fails.
 void QELVARDOSFileTransaction::Abandon() {
-  for (Staged& file : std::exchange(staged_, {})) {
-    const bool isSettled = file.temporary.empty();
-    RemoveTemporary(file);
-    Tell(file.path, isSettled ? file.outcome : QELVARDOSReplacement::Failed,
-         isSettled ? file.error : std::make_error_code(std::errc::operation_canceled), {});
+  for (Staged& file : staged_) {
+    if (!file.temporary.empty()) {
+      Fail(file, std::make_error_code(std::errc::operation_canceled));
+    }
+  }
+  for (const Staged& file : std::exchange(staged_, {})) {
+    Tell(file.path, file.outcome, file.error, {});
   }
 }
 
