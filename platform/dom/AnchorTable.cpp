@@ -1,11 +1,12 @@
 #include "platform/dom/AnchorTable.h"
 
+#include <new>
 #include <utility>
 
 namespace ZYMDom {
 
-void AnchorTable::Add(NodeAnchor& anchor) {
-  if (size_ == chains_.size()) {
+void AnchorTable::Add(NodeAnchor& anchor) noexcept {
+  if (size_ >= chains_.size()) {
     Grow();
   }
   Link(anchor);
@@ -45,8 +46,15 @@ void AnchorTable::Link(NodeAnchor& anchor) noexcept {
   chain = &anchor;
 }
 
-void AnchorTable::Grow() {
-  const std::vector<NodeAnchor*> old = std::exchange(chains_, std::vector<NodeAnchor*>(chains_.size() * 2));
+/// Where memory runs out, the chains just get longer.
+void AnchorTable::Grow() noexcept {
+  std::vector<NodeAnchor*> old;
+  try {
+    old.resize(chains_.size() * 2);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+  old.swap(chains_);
   for (NodeAnchor* chain : old) {
     while (chain != nullptr) {
       Link(*std::exchange(chain, chain->next_));

@@ -13,7 +13,7 @@ class AnchorTable {
  public:
   AnchorTable() : chains_(16) {}
 
-  void Add(NodeAnchor& anchor);
+  void Add(NodeAnchor& anchor) noexcept;
   void Remove(NodeAnchor& anchor) noexcept;
   /// Moves every anchor on node to another tree. At least one anchor must be left here, or this table is gone.
   void MoveAll(pugi::xml_node node, DomStorage& target, pugi::xml_node place);
@@ -22,7 +22,7 @@ class AnchorTable {
  private:
   NodeAnchor*& ChainOf(pugi::xml_node node) noexcept;
   void Link(NodeAnchor& anchor) noexcept;
-  void Grow();
+  void Grow() noexcept;
 
   // A power of two.
   std::vector<NodeAnchor*> chains_;

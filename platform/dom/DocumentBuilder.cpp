@@ -1,6 +1,7 @@
 #include "platform/dom/DocumentBuilder.h"
 
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -37,7 +38,7 @@ bool WriteText(const ZYMIDOMNode_var& node, std::string& text, const XmlWriter::
 ZYM_DEFINE_COMPONENT_AS(DocumentBuilder, "ZYMDom::DocumentBuilder", ZYMIXMLDOMDocumentBuilder)
 
 HRESULT DocumentBuilder::CreateDocument(ZYMIDOMDocument_var& document) {
-  document = DomDocument::Of(std::make_unique<DomStorage>());
+  document = MakeDocument(std::make_unique<DomStorage>());
   return S_OK;
 }
 
@@ -47,8 +48,10 @@ HRESULT DocumentBuilder::CreateDocumentWithRoot(const ZYMUnicodeString& rootName
     return E_FAIL;
   }
   auto storage = std::make_unique<DomStorage>();
-  storage->Document().append_child(rootName.CStr());
-  document = DomDocument::Of(std::move(storage));
+  if (!DomStorage::AppendElement(storage->Document(), rootName.CStr())) {
+    return E_OUTOFMEMORY;
+  }
+  document = MakeDocument(std::move(storage));
   return document->getDocumentElement(root);
 }
 
@@ -64,18 +67,22 @@ HRESULT DocumentBuilder::Parse(const ZYMUnicodeString& path, const ZYMUnicodeStr
 HRESULT DocumentBuilder::ParseContent(const ZYMUnicodeString& path, std::string&& bytes,
                                       const ZYMUnicodeStringList& /*optionNames*/,
                                       const ZYMUnicodeStringList& /*optionValues*/, ZYMIDOMDocument_var& document) {
-  auto storage = std::make_unique<DomStorage>();
-  if (const std::optional<std::size_t> root = plain_.RootOf(bytes)) {
-    if (!storage->LoadPlain(std::move(bytes), *root)) {
-      Fail(path, ": out of memory");
-      return E_OUTOFMEMORY;
+  try {
+    const std::optional<std::size_t> plainRoot = plain_.RootOf(bytes);
+    if (!plainRoot) {
+      if (!expat_.Accepts(bytes)) {
+        return Fail(path, ':' + expat_.Reason());
+      }
+      bytes = expat_.TakeText();
     }
-  } else if (!expat_.Read(bytes, storage->Document())) {
-    const HRESULT status = Fail(path, ':' + expat_.Reason());
-    return expat_.RanOutOfMemory() ? E_OUTOFMEMORY : status;
+    auto storage = std::make_unique<DomStorage>();
+    storage->Load(std::move(bytes), plainRoot.value_or(0));
+    document = MakeDocument(std::move(storage));
+    return S_OK;
+  } catch (const std::bad_alloc&) {
+    Fail(path, ": out of memory");
+    return E_OUTOFMEMORY;
   }
-  document = DomDocument::Of(std::move(storage));
-  return S_OK;
 }
 
 HRESULT DocumentBuilder::Write(const ZYMIDOMNode_var& node, const ZYMUnicodeString& path,

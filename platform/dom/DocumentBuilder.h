@@ -4,13 +4,13 @@
 
 #include "platform/ZYMIDOM.h"
 #include "platform/dom/DomStorage.h"
-#include "platform/dom/ExpatReader.h"
+#include "platform/dom/ExpatJudge.h"
 #include "platform/dom/PlainXml.h"
 
 namespace ZYMDom {
 
-/// The builder of trees that pugixml holds. A text that is plain goes straight to pugixml; every other is expat's,
-/// which pugixml would be too lenient a judge for.
+/// The builder of trees that pugixml makes and holds. As pugixml is too lenient a judge, it sees only what is plain or
+/// what expat accepts.
 class DocumentBuilder final : public ZYMIXMLDOMDocumentBuilder {
   ZYM_DECLARE_COMPONENT(DocumentBuilder);
 
@@ -28,7 +28,7 @@ class DocumentBuilder final : public ZYMIXMLDOMDocumentBuilder {
 
  private:
   PlainXml plain_;
-  ExpatReader expat_;
+  ExpatJudge expat_;
   // What is written; its room serves the next file.
   std::string text_;
 };

@@ -4,8 +4,7 @@
 #include <utility>
 
 #include "platform/ZYMFillDictionary.h"
-#include "platform/dom/DomStorage.h"
-#include "platform/dom/NodeOperations.h"
+#include "platform/dom/DomNodes.h"
 
 namespace ZYMDom {
 

@@ -1,6 +1,8 @@
 #include "platform/dom/DomStorage.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <new>
 #include <utility>
 
 namespace ZYMDom {
@@ -15,33 +17,37 @@ bool IsDeep(pugi::xml_node node) {
   return level == Levels;
 }
 
-}  // namespace
-
-bool DomStorage::LoadPlain(std::string text, std::size_t root) {
-  text_ = std::move(text);
-  constexpr unsigned int TextAsItStands = pugi::parse_escapes | pugi::parse_ws_pcdata;
-  return document_.load_buffer_inplace(text_.data() + root, text_.size() - root, TextAsItStands, pugi::encoding_utf8)
-             .status == pugi::status_ok;
+/// The next node below root, an element, without a visit to the text that an element begins with: most elements of a
+/// record hold nothing else. The holder of a tree stands below the document alone and is never met.
+pugi::xml_node NextFrom(pugi::xml_node root, pugi::xml_node node) {
+  pugi::xml_node next = node.first_child();
+  if (next && next.type() == pugi::node_pcdata) {
+    next = next.next_sibling();
+  }
+  for (; !next && node != root; node = node.parent()) {
+    next = node.next_sibling();
+  }
+  return next;
 }
 
-pugi::xml_node DomStorage::RootElement() const {
-  pugi::xml_node node = FirstChild(document_);
-  while (node && node.type() != pugi::node_element) {
-    node = NextSibling(node);
+}  // namespace
+
+void DomStorage::Load(std::string text, std::size_t begin) {
+  text_ = std::move(text);
+  constexpr unsigned int AsItStands = pugi::parse_cdata | pugi::parse_comments | pugi::parse_doctype | pugi::parse_eol |
+                                      pugi::parse_escapes | pugi::parse_pi | pugi::parse_wconv_attribute |
+                                      pugi::parse_ws_pcdata;
+  if (!document_.load_buffer_inplace(text_.data() + begin, text_.size() - begin, AsItStands, pugi::encoding_utf8)) {
+    throw std::bad_alloc();
   }
-  return node;
 }
 
 pugi::xml_node DomStorage::NextBelow(pugi::xml_node root, pugi::xml_node node) const {
-  if (const pugi::xml_node child = FirstChild(node)) {
-    return child;
+  pugi::xml_node next = node.first_child();
+  for (; !next && node != root; node = node.parent()) {
+    next = node.next_sibling();
   }
-  for (; node != root; node = node.parent()) {
-    if (const pugi::xml_node sibling = NextSibling(node)) {
-      return sibling;
-    }
-  }
-  return {};
+  return Visible(next);
 }
 
 pugi::xml_node DomStorage::PreviousBelow(pugi::xml_node root, pugi::xml_node node) const {
@@ -55,55 +61,87 @@ pugi::xml_node DomStorage::PreviousBelow(pugi::xml_node root, pugi::xml_node nod
   return previous;
 }
 
-pugi::xml_node DomStorage::NewElement(const char* name) {
-  pugi::xml_node element = Holder().append_child(pugi::node_element);
-  element.set_name(name);
-  return element;
+pugi::xml_node DomStorage::FirstElementBelow(pugi::xml_node root, const char* name) {
+  return elements_.Find(root, name, [root](pugi::xml_node node) { return NextFrom(root, node ? node : root); });
 }
 
-pugi::xml_node DomStorage::NewText(const char* value) {
-  pugi::xml_node text = Holder().append_child(pugi::node_pcdata);
-  text.set_value(value);
-  return text;
+pugi::xml_node DomStorage::AppendElement(pugi::xml_node parent, const char* name) {
+  pugi::xml_node element = parent.append_child(pugi::node_element);
+  if (element.set_name(name)) {
+    return element;
+  }
+  parent.remove_child(element);
+  return {};
 }
 
-void DomStorage::AppendTextElement(pugi::xml_node parent, const char* name, const char* value) {
-  parent.append_child(name).append_child(pugi::node_pcdata).set_value(value);
-  ++revision_;
+pugi::xml_node DomStorage::AppendText(pugi::xml_node parent, const char* value) {
+  pugi::xml_node text = parent.append_child(pugi::node_pcdata);
+  if (text.set_value(value)) {
+    return text;
+  }
+  parent.remove_child(text);
+  return {};
 }
 
-bool DomStorage::Move(pugi::xml_node parent, NodeAnchor& child) {
+bool DomStorage::AppendTextElement(pugi::xml_node parent, const char* name, const char* value) {
+  pugi::xml_node element = parent.append_child(pugi::node_element);
+  const bool isWhole = element.set_name(name) && element.append_child(pugi::node_pcdata).set_value(value);
+  if (isWhole) {
+    StructureChanged(revision_ + 1);
+  } else {
+    parent.remove_child(element);
+  }
+  return isWhole;
+}
+
+HRESULT DomStorage::Move(pugi::xml_node parent, NodeAnchor& child) {
   const pugi::xml_node old = child.Node();
-  const bool beforeHolder = parent == document_ && holder_;
-  ++revision_;
   if (old.first_child() || old == parent || !IsDeep(parent)) {
-    return static_cast<bool>(beforeHolder ? parent.insert_move_before(old, holder_) : parent.append_move(old));
+    const bool beforeHolder = parent == document_ && holder_;
+    const pugi::xml_node moved = beforeHolder ? parent.insert_move_before(old, holder_) : parent.append_move(old);
+    StructureChanged(revision_ + 1);
+    return moved ? S_OK : E_FAIL;
   }
   // pugixml looks at all nodes above parent before it moves a node. One without children is above none, and is copied
   // as soon.
-  const pugi::xml_node copy = parent.append_copy(old);
+  const pugi::xml_node copy = AppendCopy(parent, old);
   if (!copy) {
-    return false;
+    return E_OUTOFMEMORY;
   }
-  Holder().append_move(old);
+  holder_.append_move(old);
+  StructureChanged(revision_ + 1);
   anchors_.MoveAll(old, *this, copy);
-  return true;
+  return S_OK;
 }
 
-bool DomStorage::TakeOver(pugi::xml_node parent, NodeAnchor& child) {
+HRESULT DomStorage::TakeOver(pugi::xml_node parent, NodeAnchor& child) {
   DomStorage& source = child.Storage();
   const NodeAnchor sourceStays(source, source.document_);
   const pugi::xml_node old = child.Node();
-  const bool beforeHolder = parent == document_ && holder_;
-  const pugi::xml_node copy = beforeHolder ? parent.insert_copy_before(old, holder_) : parent.append_copy(old);
+  const pugi::xml_node copy = source.Holder() ? AppendCopy(parent, old) : pugi::xml_node();
   if (!copy) {
-    return false;
+    return E_OUTOFMEMORY;
   }
-  source.Holder().append_move(old);
-  revision_ = std::max(revision_, ++source.revision_) + 1;
+  source.holder_.append_move(old);
+  source.StructureChanged(source.revision_ + 1);
+  StructureChanged(std::max(revision_, source.revision_) + 1);
   child.MoveTo(*this, copy);
   source.MoveAnchors(old, *this, copy);
-  return true;
+  return S_OK;
+}
+
+/// Null when it could not be copied whole, which pugixml does not say, but malloc.
+pugi::xml_node DomStorage::AppendCopy(pugi::xml_node parent, pugi::xml_node node) {
+  if (!Holder()) {
+    return {};
+  }
+  errno = 0;
+  pugi::xml_node copy = parent == document_ ? parent.insert_copy_before(node, holder_) : parent.append_copy(node);
+  if (errno == ENOMEM) {
+    holder_.append_move(copy);
+    return {};
+  }
+  return copy;
 }
 
 pugi::xml_node DomStorage::Holder() {

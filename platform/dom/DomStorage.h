@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <pugixml.hpp>
 #include <string>
+#include <string_view>
 
+#include "platform/HRESULT.h"
 #include "platform/dom/AnchorTable.h"
-#include "platform/dom/KnownAttributes.h"
-#include "platform/dom/KnownElements.h"
+#include "platform/dom/KnownItems.h"
 
 namespace ZYMDom {
 
@@ -18,40 +19,69 @@ namespace ZYMDom {
 /// and the destruction of a deep subtree need not recurse.
 class DomStorage {
  public:
-  KnownAttributes& Attributes() noexcept { return knownAttributes_; }
   AnchorTable& Anchors() noexcept { return anchors_; }
   pugi::xml_document& Document() noexcept { return document_; }
   /// Grows with every change of the structure. Across a node's move to another tree it grows too.
   std::uint64_t Revision() const noexcept { return revision_; }
 
-  /// Becomes the tree of a plain text whose root element begins at root. false: out of memory.
-  bool LoadPlain(std::string text, std::size_t root);
+  /// Becomes the tree of the part of a well-formed text that begins there. Throws std::bad_alloc.
+  void Load(std::string text, std::size_t begin);
 
   /// Null where there is none; the holder is never answered.
   pugi::xml_node FirstChild(pugi::xml_node node) const { return Visible(node.first_child()); }
   pugi::xml_node NextSibling(pugi::xml_node node) const { return Visible(node.next_sibling()); }
-  pugi::xml_node RootElement() const;
+  pugi::xml_node RootElement() const { return Visible(document_.document_element()); }
   /// The neighbours of a node in document order, among the nodes below root.
   pugi::xml_node NextBelow(pugi::xml_node root, pugi::xml_node node) const;
-  /// The first element of that name below root, which is an element itself; null when there is none.
-  pugi::xml_node FirstElementBelow(pugi::xml_node root, const char* name) {
-    return knownElements_.FindFirst(root, revision_, name);
-  }
   pugi::xml_node PreviousBelow(pugi::xml_node root, pugi::xml_node node) const;
 
+  /// The first element of that name below root, which is an element itself; null when there is none.
+  pugi::xml_node FirstElementBelow(pugi::xml_node root, const char* name);
+  pugi::xml_attribute Attribute(pugi::xml_node element, const char* name) {
+    return attributes_.Find(element, name, [element](pugi::xml_attribute attribute) {
+      return attribute ? attribute.next_attribute() : element.first_attribute();
+    });
+  }
+
+  // Where memory runs out, these leave the tree as it was: they answer a null node, false or E_OUTOFMEMORY.
+
+  bool SetAttribute(pugi::xml_node element, const char* name, std::string_view value) {
+    pugi::xml_attribute present = Attribute(element, name);
+    if (present) {
+      return present.set_value(value.data(), value.size());
+    }
+    pugi::xml_attribute added = element.append_attribute(name);
+    const char* const ownName = added.name();
+    // pugixml says nothing of the memory that a name lacked.
+    if (*ownName == *name && added.set_value(value.data(), value.size())) {
+      attributes_.Know(ownName, added);
+      return true;
+    }
+    element.remove_attribute(added);
+    return false;
+  }
   /// A node that stands nowhere yet.
-  pugi::xml_node NewElement(const char* name);
-  pugi::xml_node NewText(const char* value);
+  pugi::xml_node NewElement(const char* name) { return AppendElement(Holder(), name); }
+  pugi::xml_node NewText(const char* value) { return AppendText(Holder(), value); }
   /// Makes a new element with one text the last child of parent.
-  void AppendTextElement(pugi::xml_node parent, const char* name, const char* value);
-  /// Makes a node of this tree the last child of parent; false when it cannot stand there. Its anchors stay on it.
-  bool Move(pugi::xml_node parent, NodeAnchor& child);
-  /// Makes a node of another tree the last child of parent, with all below it and with the anchors of all of it.
-  bool TakeOver(pugi::xml_node parent, NodeAnchor& child);
+  bool AppendTextElement(pugi::xml_node parent, const char* name, const char* value);
+  static pugi::xml_node AppendElement(pugi::xml_node parent, const char* name);
+  /// Makes the child the last child of parent, where such a node may stand. Its anchors stay on it. E_FAIL: it is
+  /// parent or holds it.
+  HRESULT Move(pugi::xml_node parent, NodeAnchor& child);
+  /// The same for a node of another tree, with all below it and with the anchors of all of it.
+  HRESULT TakeOver(pugi::xml_node parent, NodeAnchor& child);
 
  private:
   pugi::xml_node Visible(pugi::xml_node node) const { return node == holder_ ? pugi::xml_node() : node; }
   pugi::xml_node Holder();
+  static pugi::xml_node AppendText(pugi::xml_node parent, const char* value);
+  pugi::xml_node AppendCopy(pugi::xml_node parent, pugi::xml_node node);
+  void StructureChanged(std::uint64_t revision) noexcept {
+    revision_ = revision;
+    attributes_.Forget();
+    elements_.Forget();
+  }
   void MoveAnchors(pugi::xml_node from, DomStorage& target, pugi::xml_node to);
 
   // The parsed tree points into the text.
@@ -60,8 +90,8 @@ class DomStorage {
   pugi::xml_node holder_;
   AnchorTable anchors_;
   std::uint64_t revision_ = 0;
-  KnownAttributes knownAttributes_;
-  KnownElements knownElements_;
+  KnownItems<pugi::xml_attribute, 16> attributes_;
+  KnownItems<pugi::xml_node, 8> elements_;
 };
 
 }  // namespace ZYMDom

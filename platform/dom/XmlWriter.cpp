@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/dom/ExpatReader.h"
+#include "platform/dom/ExpatJudge.h"
 #include "platform/dom/XmlCharacters.h"
 
 // pugixml's own writer does not serve: it leaves a raw carriage return in text, which reads back as a newline, and it
@@ -105,13 +105,8 @@ bool LooksLikeName(std::string_view name) {
          std::none_of(name.begin(), name.end(), [](char c) { return PlaceOf(c) == Nowhere; });
 }
 
-/// A name beyond ASCII is one when the reader takes it for one.
-bool ReadsAsName(std::string_view name) {
-  std::string text = "<";
-  text.append(name).append("/>");
-  pugi::xml_document document;
-  return ExpatReader().Read(text, document);
-}
+/// A name beyond ASCII is one when the judge takes it for one.
+bool ReadsAsName(std::string_view name) { return ExpatJudge().Accepts('<' + std::string(name) + "/>"); }
 
 }  // namespace
 

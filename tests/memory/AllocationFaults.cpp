@@ -1,5 +1,6 @@
 #include "tests/memory/AllocationFaults.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 #include <pugixml.hpp>
@@ -29,6 +30,7 @@ void* Allocate(std::size_t size) {
   void* const memory =
       Fails(Kind) ? nullptr : std::malloc(size == 0 ? 1 : size);  // NOLINT(cppcoreguidelines-no-malloc)
   living += memory == nullptr ? 0 : 1;
+  errno = memory == nullptr ? ENOMEM : errno;
   return memory;
 }
 

@@ -1,8 +1,8 @@
-#include "platform/dom/ExpatReader.h"
+#include "platform/dom/ExpatJudge.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <exception>
 #include <new>
 #include <optional>
 #include <random>
@@ -10,8 +10,6 @@
 
 namespace ZYMDom {
 namespace {
-
-constexpr const char* OutOfMemory = "out of memory";
 
 // Drawn once: expat would ask the system for fresh random bytes at every document.
 unsigned long HashSalt() {
@@ -70,9 +68,14 @@ bool HoldsLetterOutsideNames(std::string_view text) {
                      [text](auto letter) { return text.find(letter) != std::string_view::npos; });
 }
 
+XML_Parser NewParser(const char* encoding) {
+  const XML_Parser parser = XML_ParserCreate(encoding);
+  return parser != nullptr ? parser : throw std::bad_alloc();
+}
+
 bool IsWellFormed(const std::string& utf8) {
-  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"), &XML_ParserFree);
-  return parser != nullptr && XML_Parse(parser.get(), utf8.data(), static_cast<int>(utf8.size()), 1) == XML_STATUS_OK;
+  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(NewParser("UTF-8"), &XML_ParserFree);
+  return XML_Parse(parser.get(), utf8.data(), static_cast<int>(utf8.size()), 1) == XML_STATUS_OK;
 }
 
 struct Position {
@@ -109,73 +112,63 @@ std::optional<Position> UnpairedSurrogate(std::string_view bytes) {
 
 }  // namespace
 
-bool ExpatReader::Read(std::string_view bytes, pugi::xml_document& document) {
+bool ExpatJudge::Accepts(std::string_view bytes) {
   reason_.clear();
-  ranOutOfMemory_ = false;
   if (const std::optional<Position> unpaired = UnpairedSurrogate(bytes)) {
     Explain(unpaired->line, unpaired->column, XML_ErrorString(XML_ERROR_INVALID_TOKEN));
     return false;
   }
-  Begin(bytes, document);
+  Begin(bytes);
   if (Feed(bytes)) {
     return true;
   }
   const XML_Error error = XML_GetErrorCode(parser_.get());
-  ranOutOfMemory_ = ranOutOfMemory_ || error == XML_ERROR_NO_MEMORY;
+  if (ranOutOfMemory_ || error == XML_ERROR_NO_MEMORY) {
+    throw std::bad_alloc();
+  }
   ExplainHere(XML_ErrorString(error));
   return false;
 }
 
-void ExpatReader::Begin(std::string_view bytes, pugi::xml_document& document) {
+/// expat is written in C: nothing may be thrown through it.
+template <auto Handler, typename... Arguments>
+void ExpatJudge::Call(void* judge, Arguments... arguments) {
+  ExpatJudge& self = *static_cast<ExpatJudge*>(judge);
+  try {
+    (self.*Handler)(arguments...);
+  } catch (const std::exception&) {
+    self.ranOutOfMemory_ = true;
+    XML_StopParser(self.parser_.get(), XML_FALSE);
+  }
+}
+
+void ExpatJudge::Begin(std::string_view bytes) {
   if (parser_ == nullptr) {
-    parser_.reset(XML_ParserCreate(nullptr));
-    if (parser_ == nullptr) {
-      throw std::bad_alloc();
-    }
+    parser_.reset(NewParser(nullptr));
   } else {
     XML_ParserReset(parser_.get(), nullptr);
   }
-  parent_ = document;
   text_.clear();
-  doctype_.clear();
-  markup_ = nullptr;
-  inDoctype_ = false;
-  inAttributeList_ = false;
+  text_.reserve(bytes.size());
+  doctype_ = std::string::npos;
+  inDoctype_ = inAttributeList_ = inRoot_ = ranOutOfMemory_ = false;
   declaredAttributes_ = 0;
   stepsLeft_ = (std::size_t{16} << 20U) + 16 * bytes.size();
-  defaultedBytes_ = 0;
-  XML_SetHashSalt(parser_.get(), HashSalt());
-  XML_SetUserData(parser_.get(), this);
-  SetHandlers(parser_.get());
-}
-
-void ExpatReader::SetHandlers(XML_Parser parser) {
-  XML_SetElementHandler(
-      parser, [](void* self, const char* name, const char** attributes) { Self(self).StartElement(name, attributes); },
-      [](void* self, const char*) { Self(self).EndElement(); });
-  XML_SetCharacterDataHandler(parser, [](void* self, const char* text, int length) {
-    Self(self).text_.append(text, static_cast<std::size_t>(length));
-  });
-  XML_SetCdataSectionHandler(
-      parser, [](void* self) { Self(self).EndText(pugi::node_pcdata); },
-      [](void* self) { Self(self).EndText(pugi::node_cdata); });
-  XML_SetCommentHandler(parser, [](void* self, const char* text) { Self(self).Comment(text); });
-  XML_SetProcessingInstructionHandler(parser, [](void* self, const char* target, const char* value) {
-    Self(self).ProcessingInstruction(target, value);
-  });
-  XML_SetDefaultHandler(parser, [](void* self, const char* markup, int length) {
-    Self(self).Undispatched({markup, static_cast<std::size_t>(length)});
-  });
-  XML_SetEndDoctypeDeclHandler(parser, [](void* self) { Self(self).EndDoctype(); });
+  XML_Parser const parser = parser_.get();
+  XML_SetHashSalt(parser, HashSalt());
+  XML_SetUserData(parser, this);
+  XML_SetStartElementHandler(parser, &Call<&ExpatJudge::StartElement>);
+  XML_SetProcessingInstructionHandler(parser, &Call<&ExpatJudge::ProcessingInstruction>);
+  XML_SetDefaultHandler(parser, &Call<&ExpatJudge::Markup>);
+  XML_SetEndDoctypeDeclHandler(parser, &Call<&ExpatJudge::EndDoctype>);
   // Without a handler that fetches, this only makes expat tell of parameter entities that it passes over.
   XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_ALWAYS);
-  XML_SetSkippedEntityHandler(
-      parser, [](void* self, const char*, int) { Self(self).Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY)); });
+  XML_SetSkippedEntityHandler(parser, &Call<&ExpatJudge::SkippedEntity>);
 }
 
 /// expat copies what it is fed, so a large text goes in by pieces. As it looks at an unfinished token from its
 /// beginning again with each of them, a piece is never shorter than what is there of such a token.
-bool ExpatReader::Feed(std::string_view bytes) {
+bool ExpatJudge::Feed(std::string_view bytes) {
   constexpr std::size_t LeastPiece = std::size_t{1} << 20U;
   for (std::size_t fed = 0;;) {
     const std::string_view piece = bytes.substr(fed, std::max(LeastPiece, fed - Consumed()));
@@ -191,111 +184,105 @@ bool ExpatReader::Feed(std::string_view bytes) {
 }
 
 /// How much of what was fed lies before the token that expat has not seen the end of.
-std::size_t ExpatReader::Consumed() const {
+std::size_t ExpatJudge::Consumed() const {
   return static_cast<std::size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(parser_.get()), 0));
 }
 
-void ExpatReader::Refuse(const char* reason) {
-  ranOutOfMemory_ = ranOutOfMemory_ || reason == OutOfMemory;
+void ExpatJudge::Refuse(const char* reason) {
   ExplainHere(reason);
   XML_StopParser(parser_.get(), XML_FALSE);
 }
 
 /// The writer could not write such a name so that it reads again.
-void ExpatReader::RefuseUnwritable(std::string_view name) {
+void ExpatJudge::RefuseUnwritable(std::string_view name) {
   if (HoldsLetterOutsideNames(name)) {
     Refuse("a name with a letter that names may not hold");
   }
 }
 
-void ExpatReader::ExplainHere(const char* reason) {
+void ExpatJudge::ExplainHere(const char* reason) {
   Explain(XML_GetCurrentLineNumber(parser_.get()), XML_GetCurrentColumnNumber(parser_.get()) + 1, reason);
 }
 
 /// The first reason counts: once it is refused, a text gives other reasons too.
-void ExpatReader::Explain(std::size_t line, std::size_t column, const char* reason) {
+void ExpatJudge::Explain(std::size_t line, std::size_t column, const char* reason) {
   if (reason_.empty()) {
     reason_ = std::to_string(line) + ':' + std::to_string(column) + ": " + reason;
   }
 }
 
-void ExpatReader::StartElement(const char* name, const char** attributes) {
-  EndText(pugi::node_pcdata);
-  parent_ = Append(pugi::node_element);
-  parent_.set_name(name);
+void ExpatJudge::StartElement(const char* name, const char** attributes) {
+  inRoot_ = true;
   RefuseUnwritable(name);
-  const auto specified = static_cast<std::size_t>(XML_GetSpecifiedAttributeCount(parser_.get()));
-  for (std::size_t at = 0; attributes[at] != nullptr; at += 2) {
-    pugi::xml_attribute attribute = parent_.append_attribute(attributes[at]);
-    if (!attribute || !attribute.set_value(attributes[at + 1])) {
-      Refuse(OutOfMemory);
-    }
-    RefuseUnwritable(attributes[at]);
-    // An attribute takes about as much room in the tree beside its name and value.
-    constexpr std::size_t Bare = 64;
-    defaultedBytes_ += at < specified ? 0 : Bare + std::strlen(attributes[at]) + std::strlen(attributes[at + 1]);
-  }
-  // A small text could otherwise fill the memory: a long default for an attribute of very many elements.
-  constexpr std::size_t MostDefaultedBytes = std::size_t{16} << 20U;
-  if (defaultedBytes_ > MostDefaultedBytes) {
-    Refuse("attribute defaults take too much room");
+  for (const char** attribute = attributes; *attribute != nullptr; attribute += 2) {
+    RefuseUnwritable(*attribute);
   }
   SpendSteps(declaredAttributes_);
+  const std::size_t start = text_.size();
+  XML_DefaultCurrent(parser_.get());
   // Where a document type names an external subset, expat drops undeclared references in attributes without a word.
-  if (!doctype_.empty() && HoldsUndeclaredReference(CurrentMarkup())) {
+  if (doctype_ != std::string::npos && HoldsUndeclaredReference(std::string_view(text_).substr(start))) {
     Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY));
   }
+  if (declaredAttributes_ != 0) {
+    const bool isEmpty = text_.ends_with("/>");
+    text_.resize(start);
+    WriteTag(name, attributes, isEmpty ? "/>" : ">");
+  }
 }
 
-void ExpatReader::EndElement() {
-  EndText(pugi::node_pcdata);
-  parent_ = parent_.parent();
+/// The white space in a value depends on the type that is declared for the attribute. Attributes that only have a
+/// declared default are left out.
+void ExpatJudge::WriteTag(const char* name, const char** attributes, std::string_view end) {
+  text_.append("<").append(name);
+  const int specified = XML_GetSpecifiedAttributeCount(parser_.get());
+  for (int at = 0; at < specified; at += 2) {
+    text_.append(" ").append(attributes[at]).append("=\"");
+    for (const char c : std::string_view(attributes[at + 1])) {
+      if (std::string_view("&<\"\t\n\r").find(c) == std::string_view::npos) {
+        text_ += c;
+      } else {
+        text_.append("&#").append(std::to_string(c)).append(";");
+      }
+    }
+    text_ += '"';
+  }
+  text_ += end;
 }
 
-void ExpatReader::ProcessingInstruction(const char* target, const char* value) {
+void ExpatJudge::ProcessingInstruction(const char* target, const char* value) {
   if (inDoctype_) {
-    doctype_ += CurrentMarkup();
+    XML_DefaultCurrent(parser_.get());
     return;
   }
-  EndText(pugi::node_pcdata);
   RefuseUnwritable(target);
-  pugi::xml_node instruction = Append(pugi::node_pi);
-  if (!instruction.set_name(target) || !instruction.set_value(value)) {
-    Refuse(OutOfMemory);
-  }
+  text_.append("<?").append(target).append(*value == '\0' ? "" : " ").append(value).append("?>");
 }
 
-void ExpatReader::Comment(const char* text) {
-  if (inDoctype_) {
-    doctype_ += CurrentMarkup();
-    return;
-  }
-  EndText(pugi::node_pcdata);
-  if (!Append(pugi::node_comment).set_value(text)) {
-    Refuse(OutOfMemory);
-  }
-}
-
-/// Receives, as UTF-8, all markup that no other handler is there for: that of the document type among it, one piece for
+/// Receives, as UTF-8, all markup and all text that no other handler is there for: of the document type a piece for
 /// each of its tokens.
-void ExpatReader::Undispatched(std::string_view markup) {
-  if (markup_ != nullptr) {
-    *markup_ += markup;
-    return;
+void ExpatJudge::Markup(const char* text, int length) {
+  const std::string_view token(text, static_cast<std::size_t>(length));
+  if (!inRoot_ && token == "<!DOCTYPE") {
+    inDoctype_ = true;
+    doctype_ = text_.size();
   }
-  inDoctype_ = inDoctype_ || markup == "<!DOCTYPE";
+  text_ += token;
   if (inDoctype_) {
-    doctype_ += markup;
-    CountDeclaredAttributes(markup);
-    if (markup == "<!ENTITY") {
+    CountDeclaredAttributes(token);
+    if (token == "<!ENTITY") {
       Refuse("entity declarations are not allowed");
     }
   }
 }
 
+void ExpatJudge::SkippedEntity(const char* /*name*/, int /*isParameter*/) {
+  Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY));
+}
+
 /// Each declaration of an attribute ends with its default in quotes or with a word such as #IMPLIED; to count one twice
 /// does no harm.
-void ExpatReader::CountDeclaredAttributes(std::string_view token) {
+void ExpatJudge::CountDeclaredAttributes(std::string_view token) {
   inAttributeList_ = token == "<!ATTLIST" || (inAttributeList_ && token != ">");
   if (inAttributeList_ && (token.starts_with('#') || token.starts_with('"') || token.starts_with('\''))) {
     SpendSteps(++declaredAttributes_);
@@ -304,53 +291,23 @@ void ExpatReader::CountDeclaredAttributes(std::string_view token) {
 
 /// expat walks all attributes that are declared for an element with each that is declared next, and with each element
 /// of that name. A text may make it do so often only in proportion to its length.
-void ExpatReader::SpendSteps(std::size_t steps) {
+void ExpatJudge::SpendSteps(std::size_t steps) {
   if (steps > stepsLeft_) {
     Refuse("too many attributes are declared");
   }
   stepsLeft_ -= std::min(steps, stepsLeft_);
 }
 
-void ExpatReader::EndDoctype() {
+void ExpatJudge::EndDoctype() {
   inDoctype_ = false;
-  if (HoldsLetterOutsideNames(doctype_) && !IsWellFormed(doctype_ + "><a/>")) {
-    RefuseUnwritable(doctype_);
+  const std::string doctype = text_.substr(doctype_);
+  if (HoldsLetterOutsideNames(doctype) && !IsWellFormed(doctype + "><a/>")) {
+    RefuseUnwritable(doctype);
   }
-  if (DefaultsHoldUndeclaredReference(doctype_)) {
+  if (DefaultsHoldUndeclaredReference(doctype)) {
     Refuse(XML_ErrorString(XML_ERROR_UNDEFINED_ENTITY));
   }
-  const std::size_t content = doctype_.find_first_not_of(" \t\r\n", std::strlen("<!DOCTYPE"));
-  if (!Append(pugi::node_doctype).set_value(doctype_.c_str() + std::min(content, doctype_.size()))) {
-    Refuse(OutOfMemory);
-  }
-}
-
-/// expat hands out one run of characters by pieces; the run is one node. A CDATA section may be empty.
-void ExpatReader::EndText(pugi::xml_node_type type) {
-  if (text_.empty() && type == pugi::node_pcdata) {
-    return;
-  }
-  if (!Append(type).set_value(text_.c_str(), text_.size())) {
-    Refuse(OutOfMemory);
-  }
-  text_.clear();
-}
-
-pugi::xml_node ExpatReader::Append(pugi::xml_node_type type) {
-  const pugi::xml_node node = parent_.append_child(type);
-  if (!node) {
-    Refuse(OutOfMemory);
-  }
-  return node;
-}
-
-/// The markup of the event that is being told, as it stands in the text but as UTF-8.
-std::string ExpatReader::CurrentMarkup() {
-  std::string markup;
-  markup_ = &markup;
-  XML_DefaultCurrent(parser_.get());
-  markup_ = nullptr;
-  return markup;
+  text_ += '>';
 }
 
 }  // namespace ZYMDom

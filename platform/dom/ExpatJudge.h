@@ -4,31 +4,31 @@
 
 #include <cstddef>
 #include <memory>
-#include <pugixml.hpp>
 #include <string>
 #include <string_view>
 
 namespace ZYMDom {
 
-/// Judges any XML text and builds its tree. White space outside the root element is dropped, a document type keeps its
-/// own text, everything else is in the tree as it was written. No entity may be declared or left undeclared, so nothing
-/// is ever expanded or fetched.
-class ExpatReader {
+/// Judges any XML text, whatever its encoding. No entity may be declared or left undeclared, so nothing is ever
+/// expanded or fetched.
+class ExpatJudge {
  public:
-  /// document must be empty. After false it is unspecified, and Reason tells why.
-  bool Read(std::string_view bytes, pugi::xml_document& document);
+  /// After false, Reason tells why. Throws std::bad_alloc, which says nothing of the text.
+  bool Accepts(std::string_view bytes);
   /// "line:column: reason", both counted from 1.
   const std::string& Reason() const noexcept { return reason_; }
-  /// Whether memory that ran out is the reason, which says nothing of the text.
-  bool RanOutOfMemory() const noexcept { return ranOutOfMemory_; }
+  /// The text that was accepted last, as UTF-8. What takes more to understand than the text of the node itself is
+  /// settled in it: line ends in processing instructions, and white space in attributes of declared types.
+  std::string TakeText() noexcept { return std::move(text_); }
 
  private:
   struct FreeParser {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
   };
 
-  void Begin(std::string_view bytes, pugi::xml_document& document);
-  static void SetHandlers(XML_Parser parser);
+  template <auto Handler, typename... Arguments>
+  static void Call(void* judge, Arguments... arguments);
+  void Begin(std::string_view bytes);
   bool Feed(std::string_view bytes);
   std::size_t Consumed() const;
   void Refuse(const char* reason);
@@ -37,29 +37,24 @@ class ExpatReader {
   void Explain(std::size_t line, std::size_t column, const char* reason);
 
   void StartElement(const char* name, const char** attributes);
-  void EndElement();
+  void WriteTag(const char* name, const char** attributes, std::string_view end);
   void ProcessingInstruction(const char* target, const char* value);
-  void Comment(const char* text);
-  void Undispatched(std::string_view markup);
+  void Markup(const char* text, int length);
+  void SkippedEntity(const char* name, int isParameter);
   void CountDeclaredAttributes(std::string_view token);
   void SpendSteps(std::size_t steps);
   void EndDoctype();
-  void EndText(pugi::xml_node_type type);
-  pugi::xml_node Append(pugi::xml_node_type type);
-  std::string CurrentMarkup();
-  static ExpatReader& Self(void* reader) { return *static_cast<ExpatReader*>(reader); }
 
   std::unique_ptr<XML_ParserStruct, FreeParser> parser_;
-  pugi::xml_node parent_;
   std::string text_;
-  std::string doctype_;
-  std::string* markup_ = nullptr;
+  // Where the document type begins in the text.
+  std::size_t doctype_ = std::string::npos;
   bool inDoctype_ = false;
   bool inAttributeList_ = false;
+  bool inRoot_ = false;
   // In the document type, for whatever elements.
   std::size_t declaredAttributes_ = 0;
   std::size_t stepsLeft_ = 0;
-  std::size_t defaultedBytes_ = 0;
   std::string reason_;
   bool ranOutOfMemory_ = false;
 };
