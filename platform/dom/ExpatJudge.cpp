@@ -69,7 +69,7 @@ bool HoldsLetterOutsideNames(std::string_view text) {
 }
 
 XML_Parser NewParser(const char* encoding) {
-  const XML_Parser parser = XML_ParserCreate(encoding);
+  XML_ParserStruct* const parser = XML_ParserCreate(encoding);
   return parser != nullptr ? parser : throw std::bad_alloc();
 }
 
@@ -154,7 +154,7 @@ void ExpatJudge::Begin(std::string_view bytes) {
   inDoctype_ = inAttributeList_ = inRoot_ = ranOutOfMemory_ = false;
   declaredAttributes_ = 0;
   stepsLeft_ = (std::size_t{16} << 20U) + 16 * bytes.size();
-  XML_Parser const parser = parser_.get();
+  XML_ParserStruct* const parser = parser_.get();
   XML_SetHashSalt(parser, HashSalt());
   XML_SetUserData(parser, this);
   XML_SetStartElementHandler(parser, &Call<&ExpatJudge::StartElement>);

@@ -203,8 +203,9 @@ TEST_F(AllocationTest, an_attribute_is_read_whole_or_the_record_is_not_and_what_
 TEST_F(AllocationTest, a_text_is_read_where_it_stands_without_room_for_its_values) {
   const Client client;
   for (const std::string behind : {"", "<!---->"}) {
-    client.folder.Put("record",
-                      "<object><phid>" + Long + "</phid><objectChangeStamp/><ceStamp/><hashcode/></object>" + behind);
+    std::string text = "<object><phid>" + Long + "</phid><objectChangeStamp/><ceStamp/><hashcode/></object>";
+    text += behind;
+    client.folder.Put("record", text);
     QELXIVARDOSLRDObject_var record;
     // One page for the nodes.
     AllocationFaults::FailAfter(1, Of::Trees, true);

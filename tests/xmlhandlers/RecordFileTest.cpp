@@ -410,6 +410,7 @@ class UnflushableLayer : public QELVARDOSFileLayerFilter {
   ~UnflushableLayer() override { Use(nullptr); }
   std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) override {
     std::vector<std::error_code> errors;
+    errors.reserve(folders.size());
     for (const std::string& folder : folders) {
       errors.push_back(folder == folder_ ? std::make_error_code(std::errc::io_error) : std::error_code());
     }
