@@ -63,6 +63,6 @@ struct QELXVARDOSReason {
   ZYMUnicodeString recordStamp;
   /// What the object was looked for by in a record.
   ZYMUnicodeString identifier;
-  /// Path and reason of a failure.
+  /// Path and reason of a failure; also of a look at the object's file that the verdict does not rest on.
   ZYMUnicodeString failure;
 };

@@ -13,6 +13,7 @@
 #include "lrd/Printable.h"
 #include "lrd/Progress.h"
 #include "lrd/RecordFiles.h"
+#include "lrd/RecordReader.h"
 #include "lrd/Times.h"
 #include "lrd/Verdicts.h"
 
@@ -208,6 +209,18 @@ std::vector<CadObject> Sorted(Found found) {
   return all;
 }
 
+/// Complains of files whose times are asked for and could not be looked at; answers whether there are none.
+bool KnowsTimes(const std::vector<CadObject>& objects) {
+  bool all = true;
+  for (const CadObject& object : objects) {
+    if (object.verdict != Verdict::Damaged && !object.reason.failure.IsEmpty()) {
+      Complain(object.path, WithoutFile(object.reason.failure.Str(), object.path));
+      all = false;
+    }
+  }
+  return all;
+}
+
 void PrintObjects(const std::vector<CadObject>& objects, const Options& options) {
   if (options.json) {
     PrintJson(AsJson(objects));
@@ -230,8 +243,11 @@ int TellStatus(const Options& options) {
   const std::string total = " of " + std::to_string(found.objects.size()) + " objects recognised";
   Decide(found.objects, configuration, [&](std::size_t decided) { progress.Tell(std::to_string(decided) + total); });
   progress.Hide();
-  const bool isWhole = found.isWhole;
+  bool isWhole = found.isWhole;
   const std::vector<CadObject> objects = Sorted(std::move(found));
+  if (options.explain || options.json) {
+    isWhole = KnowsTimes(objects) && isWhole;
+  }
   PrintObjects(objects, options);
   return isWhole && Totals(objects).Of(Verdict::Damaged) == 0 ? Done : ModuleRefused;
 }

@@ -418,6 +418,8 @@ void Recognition::Tell(const Object& object, const Found& found) const {
   }
   if (reason.kind == Reason::Kind::CannotBeLookedAt || reason.kind == Reason::Kind::RecordDamaged) {
     reason.failure = QELVARDOSSystemUtils::LastError();
+  } else if (object.file.error) {
+    reason.failure = object.paths.objectFile.ToString().Str() + ": " + object.file.error.message();
   }
   client_.observer->Decided(object.element, reason);
 }

@@ -159,6 +159,12 @@ TEST_F(ReasonTest, a_call_that_ends_early_says_at_what) {
             Line("hidden ", Kind::CannotBeLookedAt,
                  Own("hidden") + " file 100: .KORVANTHEMIX/hidden.prt.xml: Permission denied"));
 
+  folder_.PutFile("unseen.prt", 100);
+  layer.unseen[folder_.At("unseen.prt")] = std::errc::io_error;
+  EXPECT_EQ(Told(handler_, Request(Object("unseen"))),
+            Line("unseen UNKNOWN", Kind::NoRecord, Own("unseen") + ": unseen.prt: Input/output error"))
+      << "the verdict does not rest on it";
+
   Listener listener(folder_.Root());
   handler_->SetObserver(&listener);
   RecordMap records;
