@@ -75,11 +75,6 @@ HRESULT ZYMIXMLDOMDocumentBuilder::Serialize(const ZYMIDOMNode_var& /*node*/,
 
 namespace {
 
-HRESULT MakeOwnBuilder(ZYMIXMLDOMDocumentBuilder_var& builder) {
-  builder = ZYMIXMLDOMDocumentBuilder_var::Adopt(new ZYMDom::DocumentBuilder);
-  return S_OK;
-}
-
 ZYMDocumentBuilderCreation hostCreation = nullptr;
 
 }  // namespace
@@ -87,7 +82,7 @@ ZYMDocumentBuilderCreation hostCreation = nullptr;
 HRESULT CreateZYMIXMLDOMDocumentBuilder(ZYMIXMLDOMDocumentBuilder_var& builder,
                                         ZYMDOMImplementation /*implementation*/) {
   ZYMIXMLDOMDocumentBuilder_var made;
-  const HRESULT status = hostCreation != nullptr ? hostCreation(made) : MakeOwnBuilder(made);
+  const HRESULT status = hostCreation != nullptr ? hostCreation(made) : ZYMDom::MakeDocumentBuilder(made);
   if (SUCCEEDED(status)) {
     builder = std::move(made);
   }

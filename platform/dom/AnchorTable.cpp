@@ -3,14 +3,35 @@
 #include <new>
 #include <utility>
 
+#include "platform/dom/DomStorage.h"
+
 namespace ZYMDom {
 
+NodeAnchor::NodeAnchor(DomStorage& storage, pugi::xml_node node) : storage_(&storage), node_(node) {
+  storage.Anchors().Add(*this);
+}
+
+NodeAnchor::~NodeAnchor() { Leave(); }
+
+void NodeAnchor::MoveTo(DomStorage& storage, pugi::xml_node node) {
+  Leave();
+  storage_ = &storage;
+  node_ = node;
+  storage.Anchors().Add(*this);
+}
+
+void NodeAnchor::Leave() {
+  storage_->Anchors().Remove(*this);
+  if (storage_->Anchors().Size() == 0) {
+    delete storage_;
+  }
+}
+
 void AnchorTable::Add(NodeAnchor& anchor) noexcept {
-  if (size_ >= chains_.size()) {
+  if (++size_ > chains_.size()) {
     Grow();
   }
   Link(anchor);
-  ++size_;
 }
 
 void AnchorTable::Remove(NodeAnchor& anchor) noexcept {

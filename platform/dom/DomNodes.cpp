@@ -1,10 +1,15 @@
 #include "platform/dom/DomNodes.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/ZYMFillDictionary.h"
-#include "platform/dom/DomNodeList.h"
 
 namespace ZYMDom {
 namespace {
@@ -12,11 +17,6 @@ namespace {
 /// The question by which a node of this implementation is told from a foreign one, asked as for an interface. The
 /// answer is the node's NodeAnchor; no reference is added.
 constexpr ZYMGuid AnchorQuestion("{3B0A7C56-91D4-4E2F-8A67-C25E0D9F4B13}");
-
-std::string_view DoctypeName(const char* doctype) {
-  const std::string_view text = doctype;
-  return text.substr(0, text.find_first_of(" \t\r\n["));
-}
 
 std::string_view NameOf(pugi::xml_node node) {
   switch (node.type()) {
@@ -28,8 +28,10 @@ std::string_view NameOf(pugi::xml_node node) {
       return "#cdata-section";
     case pugi::node_comment:
       return "#comment";
-    case pugi::node_doctype:
-      return DoctypeName(node.value());
+    case pugi::node_doctype: {
+      const std::string_view doctype = node.value();
+      return doctype.substr(0, doctype.find_first_of(" \t\r\n["));
+    }
     default:
       return node.name();
   }
@@ -42,12 +44,8 @@ bool MayStandInDocument(DomStorage& storage, pugi::xml_node child) {
     case pugi::node_element:
       return !root || root == child;
     case pugi::node_doctype:
-      for (pugi::xml_node node = storage.FirstChild(storage.Document()); node; node = storage.NextSibling(node)) {
-        if (node.type() == pugi::node_doctype && node != child) {
-          return false;
-        }
-      }
-      return !root;
+      return !root && !storage.Document().find_child(
+                          [child](pugi::xml_node node) { return node.type() == pugi::node_doctype && node != child; });
     default:
       return child.type() == pugi::node_comment || child.type() == pugi::node_pi;
   }
@@ -71,13 +69,67 @@ bool IsOneOf(const ZYMUnicodeStringList& names, const char* name) {
          });
 }
 
-/// Among node and the siblings behind it.
-pugi::xml_node FirstElementFrom(const DomStorage& storage, pugi::xml_node node, const ZYMUnicodeStringList& names) {
-  while (node && (!IsOneOf(names, node.name()) || node.type() != pugi::node_element)) {
-    node = storage.NextSibling(node);
+/// A component for a node; a null node gives a null handle.
+ZYMIDOMNode_var MakeNode(DomStorage& storage, pugi::xml_node node);
+
+/// A live list: the children of a node or, with a name, elements below it. It keeps what it has met, no further than it
+/// was asked, so that every node is visited once however the list is walked; a change of the tree's structure makes it
+/// forget.
+class DomNodeList final : public ZYMIDOMNodeList {
+  ZYM_DECLARE_COMPONENT(DomNodeList);
+
+ public:
+  DomNodeList(const NodeAnchor& root, std::unique_ptr<const std::string> name)
+      : root_(root.Storage(), root.Node()), name_(std::move(name)), revision_(root.Storage().Revision()) {}
+
+  HRESULT item(int index, ZYMIDOMNode_var& node) override {
+    node = index >= 0 && MeetUntil(index) ? MakeNode(root_.Storage(), met_[index]) : nullptr;
+    return S_OK;
   }
-  return node;
-}
+
+  HRESULT getLength(int& length) override {
+    MeetUntil(std::numeric_limits<int>::max());
+    length = static_cast<int>(met_.size());
+    return S_OK;
+  }
+
+ private:
+  /// Whether the list goes so far.
+  bool MeetUntil(int index) {
+    if (revision_ != root_.Storage().Revision()) {
+      revision_ = root_.Storage().Revision();
+      met_.clear();
+      metAll_ = false;
+    }
+    while (std::ssize(met_) <= index && !metAll_) {
+      if (const pugi::xml_node next = Next()) {
+        met_.push_back(next);
+      } else {
+        metAll_ = true;
+      }
+    }
+    return index < std::ssize(met_);
+  }
+
+  pugi::xml_node Next() const {
+    const DomStorage& storage = root_.Storage();
+    if (!name_) {
+      return met_.empty() ? storage.FirstChild(root_.Node()) : met_.back().next_sibling();
+    }
+    pugi::xml_node element = met_.empty() ? root_.Node() : met_.back();
+    do {
+      element = storage.NextElementBelow(root_.Node(), element);
+    } while (element && *name_ != element.name() && *name_ != "*");
+    return element;
+  }
+
+  NodeAnchor root_;
+  // On the heap, as lists of children are many and have none.
+  std::unique_ptr<const std::string> name_;
+  std::uint64_t revision_;
+  std::vector<pugi::xml_node> met_;
+  bool metAll_ = false;
+};
 
 /// What all kinds of nodes have in common: a component of an interface that derives from ZYMIDOMNode, anchored to a
 /// node.
@@ -114,7 +166,7 @@ class AnchoredNode : public Interface {
     return S_OK;
   }
   HRESULT getChildNodes(ZYMIDOMNodeList_var& children) override {
-    children = ZYMIDOMNodeList_var::Adopt(new DomNodeList(anchor_));
+    children = ZYMIDOMNodeList_var::Adopt(new DomNodeList(anchor_, nullptr));
     return S_OK;
   }
   HRESULT appendChild(const ZYMIDOMNode_var& child, ZYMIDOMNode_var& appended) override {
@@ -134,7 +186,7 @@ class AnchoredNode : public Interface {
   DomStorage& Storage() const noexcept { return anchor_.Storage(); }
   pugi::xml_node Node() const noexcept { return anchor_.Node(); }
   HRESULT FindElements(const ZYMUnicodeString& name, ZYMIDOMNodeList_var& elements) const {
-    elements = ZYMIDOMNodeList_var::Adopt(new DomNodeList(anchor_, name.Str()));
+    elements = ZYMIDOMNodeList_var::Adopt(new DomNodeList(anchor_, std::make_unique<std::string>(name.Str())));
     return S_OK;
   }
 
@@ -175,10 +227,11 @@ class DomElement final : public AnchoredNode<ZYMIDOMElement> {
   }
   HRESULT visitChildElements(const ZYMUnicodeStringList& names,
                              const std::function<bool(const ZYMIDOMElement_var& child)>& visit) override {
-    DomStorage& storage = Storage();
-    pugi::xml_node child = FirstElementFrom(storage, Node().first_child(), names);
-    while (child && visit(ZYMIDOMElement_var::Adopt(new DomElement(storage, child)))) {
-      child = FirstElementFrom(storage, storage.NextSibling(child), names);
+    bool more = true;
+    for (pugi::xml_node child = Node().first_child(); child && more; child = child.next_sibling()) {
+      if (IsOneOf(names, child.name()) && child.type() == pugi::node_element) {
+        more = visit(ZYMIDOMElement_var::Adopt(new DomElement(Storage(), child)));
+      }
     }
     return S_OK;
   }
@@ -244,17 +297,11 @@ class DomDocument final : public AnchoredNode<ZYMIDOMDocument> {
   }
 };
 
+ZYM_DEFINE_COMPONENT_AS(DomNodeList, "ZYMDom::DomNodeList", ZYMIDOMNodeList)
 ZYM_DEFINE_COMPONENT_AS(DomElement, "ZYMDom::DomElement", ZYMIDOMElement)
 ZYM_DEFINE_COMPONENT_AS(DomText, "ZYMDom::DomText", ZYMIDOMText)
 ZYM_DEFINE_COMPONENT_AS(DomOtherNode, "ZYMDom::DomOtherNode", ZYMIDOMNode)
 ZYM_DEFINE_COMPONENT_AS(DomDocument, "ZYMDom::DomDocument", ZYMIDOMDocument)
-
-}  // namespace
-
-NodeAnchor* AnchorOf(ZYMIDOMNode& node) {
-  void* anchor = nullptr;
-  return SUCCEEDED(node.QueryInterface(AnchorQuestion, &anchor)) ? static_cast<NodeAnchor*>(anchor) : nullptr;
-}
 
 ZYMIDOMNode_var MakeNode(DomStorage& storage, pugi::xml_node node) {
   switch (node.type()) {
@@ -267,6 +314,13 @@ ZYMIDOMNode_var MakeNode(DomStorage& storage, pugi::xml_node node) {
     default:
       return ZYMIDOMNode_var::Adopt(new DomOtherNode(storage, node));
   }
+}
+
+}  // namespace
+
+NodeAnchor* AnchorOf(ZYMIDOMNode& node) {
+  void* anchor = nullptr;
+  return SUCCEEDED(node.QueryInterface(AnchorQuestion, &anchor)) ? static_cast<NodeAnchor*>(anchor) : nullptr;
 }
 
 ZYMIDOMDocument_var MakeDocument(std::unique_ptr<DomStorage> storage) {

@@ -15,7 +15,7 @@ namespace ZYMDom {
 /// One tree. It destroys itself with its last anchor; until the first is made it belongs to its creator.
 ///
 /// Nodes that stand nowhere (created but not appended yet, or left behind when another tree took them over) hang below
-/// a holder, the hidden last child of the document. No node is destroyed before the whole tree is: cursors stay valid,
+/// a holder, the hidden first child of the document. No node is destroyed before the whole tree is: cursors stay valid,
 /// and the destruction of a deep subtree need not recurse.
 class DomStorage {
  public:
@@ -28,12 +28,13 @@ class DomStorage {
   void Load(std::string text, std::size_t begin);
 
   /// Null where there is none; the holder is never answered.
-  pugi::xml_node FirstChild(pugi::xml_node node) const { return Visible(node.first_child()); }
-  pugi::xml_node NextSibling(pugi::xml_node node) const { return Visible(node.next_sibling()); }
-  pugi::xml_node RootElement() const { return Visible(document_.document_element()); }
-  /// The neighbours of a node in document order, among the nodes below root.
-  pugi::xml_node NextBelow(pugi::xml_node root, pugi::xml_node node) const;
-  pugi::xml_node PreviousBelow(pugi::xml_node root, pugi::xml_node node) const;
+  pugi::xml_node FirstChild(pugi::xml_node node) const {
+    const pugi::xml_node first = node.first_child();
+    return first == holder_ ? first.next_sibling() : first;
+  }
+  pugi::xml_node RootElement() const;
+  /// The element behind a node in document order, among those below root.
+  pugi::xml_node NextElementBelow(pugi::xml_node root, pugi::xml_node node) const;
 
   /// The first element of that name below root, which is an element itself; null when there is none.
   pugi::xml_node FirstElementBelow(pugi::xml_node root, const char* name);
@@ -46,8 +47,7 @@ class DomStorage {
   // Where memory runs out, these leave the tree as it was: they answer a null node, false or E_OUTOFMEMORY.
 
   bool SetAttribute(pugi::xml_node element, const char* name, std::string_view value) {
-    pugi::xml_attribute present = Attribute(element, name);
-    if (present) {
+    if (pugi::xml_attribute present = Attribute(element, name)) {
       return present.set_value(value.data(), value.size());
     }
     pugi::xml_attribute added = element.append_attribute(name);
@@ -62,7 +62,7 @@ class DomStorage {
   }
   /// A node that stands nowhere yet.
   pugi::xml_node NewElement(const char* name) { return AppendElement(Holder(), name); }
-  pugi::xml_node NewText(const char* value) { return AppendText(Holder(), value); }
+  pugi::xml_node NewText(const char* value);
   /// Makes a new element with one text the last child of parent.
   bool AppendTextElement(pugi::xml_node parent, const char* name, const char* value);
   static pugi::xml_node AppendElement(pugi::xml_node parent, const char* name);
@@ -73,16 +73,14 @@ class DomStorage {
   HRESULT TakeOver(pugi::xml_node parent, NodeAnchor& child);
 
  private:
-  pugi::xml_node Visible(pugi::xml_node node) const { return node == holder_ ? pugi::xml_node() : node; }
   pugi::xml_node Holder();
-  static pugi::xml_node AppendText(pugi::xml_node parent, const char* value);
   pugi::xml_node AppendCopy(pugi::xml_node parent, pugi::xml_node node);
   void StructureChanged(std::uint64_t revision) noexcept {
     revision_ = revision;
     attributes_.Forget();
     elements_.Forget();
   }
-  void MoveAnchors(pugi::xml_node from, DomStorage& target, pugi::xml_node to);
+  void MoveAnchors(pugi::xml_node root, DomStorage& target, pugi::xml_node place);
 
   // The parsed tree points into the text.
   std::string text_;

@@ -32,10 +32,8 @@ class KnownItems {
     }
     for (Item item = next(count_ == 0 ? Item() : items_[count_ - 1]); item; item = next(item)) {
       const char* const found = item.name();
-      if (count_ < Most && Counts(item)) {
-        Know(found, item);
-      }
-      if (*found == *name && std::strcmp(found, name) == 0 && Counts(item)) {
+      Know(found, item);
+      if (*found == *name && std::strcmp(found, name) == 0) {
         return item;
       }
     }
@@ -53,9 +51,6 @@ class KnownItems {
   }
 
  private:
-  static bool Counts(pugi::xml_attribute /*attribute*/) noexcept { return true; }
-  static bool Counts(pugi::xml_node node) { return node.type() == pugi::node_element; }
-
   pugi::xml_node element_;
   std::size_t count_ = 0;
   // The first character tells most names apart.

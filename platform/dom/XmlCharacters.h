@@ -22,19 +22,18 @@ inline std::size_t MultiByteLength(const char* text) noexcept {
   if (!IsContinuation(text, 2)) {
     return 0;
   }
-  const std::uint32_t upper = (ByteAt(text, 1) & 0x3FU) << 6U | (ByteAt(text, 2) & 0x3FU);
+  // Of a character of four bytes these are the bits of the first three.
+  const std::uint32_t code = (lead & 0x0FU) << 12U | (ByteAt(text, 1) & 0x3FU) << 6U | (ByteAt(text, 2) & 0x3FU);
   if (lead < 0xF0U) {
-    const std::uint32_t code = (lead & 0x0FU) << 12U | upper;
-    const bool surrogate = code >= 0xD800U && code <= 0xDFFFU;
-    return code >= 0x800U && code <= 0xFFFDU && !surrogate ? 3 : 0;
+    const bool isSurrogate = code >= 0xD800U && code <= 0xDFFFU;
+    return code >= 0x800U && code <= 0xFFFDU && !isSurrogate ? 3 : 0;
   }
-  const std::uint32_t codeBy64 = (lead & 0x07U) << 12U | upper;
-  return codeBy64 >= 0x400U && codeBy64 <= 0x43FFU && IsContinuation(text, 3) ? 4 : 0;
+  return code >= 0x400U && code <= 0x43FFU && IsContinuation(text, 3) ? 4 : 0;
 }
 
-constexpr bool IsAsciiLetter(unsigned char c) noexcept { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-
-constexpr bool StartsAsciiName(unsigned char c) noexcept { return IsAsciiLetter(c) || c == '_'; }
+constexpr bool StartsAsciiName(unsigned char c) noexcept {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
 
 constexpr bool ContinuesAsciiName(unsigned char c) noexcept {
   return StartsAsciiName(c) || (c >= '0' && c <= '9') || c == '.' || c == '-';

@@ -153,7 +153,7 @@ TEST_F(PlainXmlTest, a_text_gets_one_verdict_whichever_parser_sees_it_and_the_qu
       {"<a>]]></a>", Refused},
   };
   for (const auto& [text, verdict] : cases) {
-    EXPECT_EQ(ZYMDom::PlainXml().RootOf(text).has_value(), verdict == Plain) << text;
+    EXPECT_EQ(ZYMDom::PlainRoot(text).has_value(), verdict == Plain) << text;
     const std::string read = Reread(text);
     EXPECT_EQ(read == "refused", verdict == Refused) << text << "\n" << QELVARDOSSystemUtils::LastError();
     EXPECT_EQ(Reread(text + "<!---->"), read) << text << "\n" << QELVARDOSSystemUtils::LastError();
