@@ -3,6 +3,7 @@
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMFillDictionary.h"
 #include "platform/ZYMIDOMLook.h"
+#include "recognition/AttributeWrites.h"
 #include "recognition/ObjectsOfTree.h"
 #include "records/HostLeave.h"
 #include "records/QELXVARDOSLRDConstants.h"
@@ -32,9 +33,9 @@ const ZYMUnicodeString& VerdictOf(Reason::Kind why) {
                                                  : Word::Unknown;
 }
 
-void MakePresent(const ZYMIDOMElement_var& object, const ZYMUnicodeString& attribute) {
+void MakePresent(const ZYMIDOMElement_var& object, const ZYMUnicodeString& attribute, AttributeWrites& writes) {
   if (Attribute(object, attribute).IsEmpty()) {
-    object->setAttribute(attribute, ZYMUnicodeString());
+    writes.Set(object, attribute, ZYMUnicodeString());
   }
 }
 
@@ -63,7 +64,7 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::Recognize(const ZYMIDOMNode_var& requ
         status = RecognizePerNode(child, version);
       }
       done += isObject ? 1 : 0;
-      return status != E_ABORT;
+      return SUCCEEDED(status);
     });
   }
   return step.Return(status);
@@ -84,15 +85,16 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_va
   const ZYMUnicodeString& verdict = VerdictOf(why);
   Trace.Write("Object cadId : ", Attribute(object, Word::CadId), " is recognisezd as : ", verdict);
 
-  object->setAttribute(Word::Status, verdict);
-  object->setAttribute(Word::Phid, physicalId);
-  MakePresent(object, Word::CEStamp);
-  MakePresent(object, Word::MacroCEStamp);
-  object->setAttribute(FormatVersion::Attribute, version);
-  if (observer_ != nullptr) {
+  AttributeWrites writes;
+  writes.Set(object, Word::Status, verdict);
+  writes.Set(object, Word::Phid, physicalId);
+  MakePresent(object, Word::CEStamp, writes);
+  MakePresent(object, Word::MacroCEStamp, writes);
+  writes.Set(object, FormatVersion::Attribute, version);
+  if (observer_ != nullptr && SUCCEEDED(writes.Status())) {
     observer_->Decided(object, Reason{why, {}, {}, {}, {}, {}});
   }
-  return step.Return(S_OK);
+  return step.Return(writes.Status());
 }
 
 HRESULT QELXVARDOSRecognitionHandlerNoLRD::GetLRDMap(const ZYMIDOMNode_var& /*request*/, RecordMap& /*lrdMap*/) {

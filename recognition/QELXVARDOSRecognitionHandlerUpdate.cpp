@@ -2,6 +2,7 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/ZYMIDOMLook.h"
+#include "recognition/AttributeWrites.h"
 #include "recognition/ObjectsOfTree.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/RequestRelationships.h"
@@ -27,19 +28,14 @@ void TakeHashcodeFromCache(const Record& record, const CacheInformation& cache, 
   }
 }
 
-void DescribeObject(const ZYMIDOMElement_var& object, const Record& record) {
+void DescribeObject(const ZYMIDOMElement_var& object, const Record& record, AttributeWrites& writes) {
   if (Attribute(object, Word::FileName).IsEmpty()) {
     const ZYMUnicodeString fileName = record->GetObjectFilePath().GetFileName();
     Trace.Write("Set FileName on xml Node : ", fileName);
-    object->setAttribute(Word::FileName, fileName);
+    writes.Set(object, Word::FileName, fileName);
   }
   Trace.Write("Set hasCode on xml Node : ", record->GetHashcode());
-  object->setAttribute(Word::HashcodeOfRequest, record->GetHashcode());
-}
-
-void SetAndTrace(const ZYMIDOMElement_var& object, const ZYMUnicodeString& attribute, const ZYMUnicodeString& value) {
-  object->setAttribute(attribute, value);
-  Trace.Write(attribute, " : ", value);
+  writes.Set(object, Word::HashcodeOfRequest, record->GetHashcode());
 }
 
 }  // namespace
@@ -54,6 +50,7 @@ HRESULT QELXVARDOSRecognitionHandler::UpdateRequestAndLRDObjects(const ZYMIDOMNo
   Trace.Write(objects.InInfo() ? "Processing Info Node" : "Processing Command Node");
   Trace.Write("cadobjectNode count : ", objects.ChildCount());
   const ZYMUnicodeString cadName = CadName();
+  AttributeWrites writes;
   objects.ForEach([&](const ZYMIDOMElement_var& object) {
     const ZYMUnicodeString cadId = Attribute(object, Word::CadId);
     Trace.Write("Processing object with CADID : ", cadId);
@@ -62,13 +59,13 @@ HRESULT QELXVARDOSRecognitionHandler::UpdateRequestAndLRDObjects(const ZYMIDOMNo
       return;
     }
     if (Attribute(object, Word::StreamKind).IsEmpty()) {
-      DescribeObject(object, record);
+      DescribeObject(object, record, writes);
     } else {
       Trace.Write("Processing Stream King");
       TakeHashcodeFromCache(record, cacheInformation, cadId);
     }
     Trace.Write("Set mxType on xml Node : ", record->GetMxType());
-    object->setAttribute(Word::MxType, record->GetMxType());
+    writes.Set(object, Word::MxType, record->GetMxType());
 
     const QELXVARDOSLRDFactory::Paths paths = QELXVARDOSLRDFactory().PathsOf(cadName, object);
     Trace.Write("Setting objectFile, lrdFile, fileStamp");
@@ -77,7 +74,7 @@ HRESULT QELXVARDOSRecognitionHandler::UpdateRequestAndLRDObjects(const ZYMIDOMNo
     ZYMUnicodeString stamp;
     record->ComputeObjectChangeStamp(stamp);
   });
-  return step.Return(objects.Status());
+  return step.Return(FAILED(writes.Status()) ? writes.Status() : objects.Status());
 }
 
 HRESULT QELXVARDOSRecognitionHandler::UpdateLRDObjects(const ZYMIDOMNode_var& root, const RecordMap& cadidMap) {
@@ -99,20 +96,25 @@ HRESULT QELXVARDOSRecognitionHandler::UpdateInformationFromCache(const ZYMIDOMNo
   const Step step(Trace, "QELXVARDOSRecognitionHandler::UpdateInformationFromCache");
   const ZYMIDOMElement_var element(root);
   const ZYMIDOMElement_var list = element ? FirstElement(element, Word::CadObjectList) : ZYMIDOMElement_var();
+  AttributeWrites writes;
   if (list) {
     ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
       const ZYMUnicodeString physicalId = Attribute(object, Word::Phid);
       Trace.Write("Updating node with phid : ", physicalId);
       const Record record = phidMap[physicalId];
       const QELVARDOSPath& file = record->GetObjectFilePath();
-      SetAndTrace(object, Word::FileName, file.GetBaseName() + "." + file.GetExtension());
-      SetAndTrace(object, Word::MxType, record->GetMxType());
-      SetAndTrace(object, Word::Oid, physicalId);
-      SetAndTrace(object, Word::HashcodeOfRequest, record->GetHashcode());
+      const auto setAndTrace = [&](const ZYMUnicodeString& attribute, const ZYMUnicodeString& value) {
+        writes.Set(object, attribute, value);
+        Trace.Write(attribute, " : ", value);
+      };
+      setAndTrace(Word::FileName, file.GetBaseName() + "." + file.GetExtension());
+      setAndTrace(Word::MxType, record->GetMxType());
+      setAndTrace(Word::Oid, physicalId);
+      setAndTrace(Word::HashcodeOfRequest, record->GetHashcode());
       return true;
     });
   }
-  return step.Return(S_OK);
+  return step.Return(writes.Status());
 }
 
 HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMapForCache(const ZYMIDOMNode_var& root, const RecordMap& phidMap,
@@ -138,10 +140,8 @@ HRESULT QELXVARDOSRecognitionHandler::GetCadidLRDMapForCache(const ZYMIDOMNode_v
 
 HRESULT QELXVARDOSRecognitionHandler::UpdateRelNode(const ZYMIDOMNode_var& node, const Record& record) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::UpdateRelNode");
-  if (record->GetChildRelationships().Size() != 0) {
-    RequestRelationships(node).Complete(record);
-  }
-  return step.Return(S_OK);
+  const bool hasAny = record->GetChildRelationships().Size() != 0;
+  return step.Return(hasAny ? RequestRelationships(node).Complete(record) : S_OK);
 }
 
 HRESULT QELXVARDOSRecognitionHandler::CreateOrUpdateLRD(const ZYMIDOMNode_var& root, const RecordMap& cadidMap) {

@@ -173,16 +173,18 @@ HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const
     if (object.asEntry) {
       DecideByEntry(object, requestRecord, *record, found);
     } else {
-      DecideByStamps(object, record->Get(), found);
+      status = DecideByStamps(object, record->Get(), found);
     }
   }
   if (!object.doubt && Attribute(element, Word::Modified) == Word::UpperTrue && found.verdict != &Word::Unknown) {
     found.verdict = &Word::ModifiedVerdict;
     found.why = Reason::Kind::MarkedAsModified;
   }
-  WriteBack(object, asked, found);
-  Tell(object, found);
-  return status;
+  const HRESULT written = WriteBack(object, asked, found);
+  if (SUCCEEDED(written)) {
+    Tell(object, found);
+  }
+  return FAILED(status) ? status : written;
 }
 
 /// record stays null where there is none.
@@ -350,7 +352,7 @@ Recognition::Record Recognition::RecognizeFromRel(const Record& requestRecord, S
 }
 
 /// By the object's own record.
-void Recognition::DecideByStamps(const Object& object, const Record& record, Found& found) {
+HRESULT Recognition::DecideByStamps(const Object& object, const Record& record, Found& found) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::GetFileTimeStamp");
   const ZYMUnicodeString fileStamp = StampOf(object.file.modified);
   Trace.Write("File stamp for file ", record->GetObjectFilePath().ToString(), " is : ", fileStamp);
@@ -367,40 +369,42 @@ void Recognition::DecideByStamps(const Object& object, const Record& record, Fou
     found.why = WhyModified(object.file, found.objectChangeStamp);
   }
   version_ = record->GetVersion();
-  CompleteRelationships(record);
+  return CompleteRelationships(record);
 }
 
-void Recognition::CompleteRelationships(const Record& record) {
+HRESULT Recognition::CompleteRelationships(const Record& record) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::UpdateRelNode");
-  if (record->GetChildRelationships().Size() != 0) {
-    if (!relationships_) {
-      relationships_.emplace(request_);
-    }
-    relationships_->Complete(record);
+  if (record->GetChildRelationships().Size() == 0) {
+    return step.Return(S_OK);
   }
-  step.Return(S_OK);
+  if (!relationships_) {
+    relationships_.emplace(request_);
+  }
+  return step.Return(relationships_->Complete(record));
 }
 
-void Recognition::WriteBack(const Object& object, const Asked& asked, const Found& found) const {
+HRESULT Recognition::WriteBack(const Object& object, const Asked& asked, const Found& found) const {
   Trace.Write("LRD object is of version :  ", version_);
   Trace.Write("Object cadid : ", asked.cadId, " is recognized as : ", *found.verdict);
   const ZYMIDOMElement_var& element = object.element;
   const WrittenStamps stamps(found.record);
-  element->setAttribute(Word::Status, *found.verdict);
-  element->setAttribute(Word::Phid, *stamps.physicalId);
-  element->setAttribute(FormatVersion::Attribute, version_);
-  element->setAttribute(Word::MacroCEStamp, stamps.macroCEStamp);
-  element->setAttribute(Word::XSStamp, stamps.xsStamp);
-  element->setAttribute(Word::HashcodeFromLRD, *stamps.hashcode);
+  AttributeWrites writes;
+  writes.Set(element, Word::Status, *found.verdict);
+  writes.Set(element, Word::Phid, *stamps.physicalId);
+  writes.Set(element, FormatVersion::Attribute, version_);
+  writes.Set(element, Word::MacroCEStamp, stamps.macroCEStamp);
+  writes.Set(element, Word::XSStamp, stamps.xsStamp);
+  writes.Set(element, Word::HashcodeFromLRD, *stamps.hashcode);
   if (!found.objectChangeStamp.IsEmpty()) {
-    element->setAttribute(Word::ObjectChangeStamp, found.objectChangeStamp);
+    writes.Set(element, Word::ObjectChangeStamp, found.objectChangeStamp);
   }
   // While the synchronisation stamps agree, the request's own CE stamp is the newer knowledge, even when it is empty.
   if (stamps.xsStamp == asked.xsStamp) {
-    element->setAttribute(Word::CEStamp, asked.ceStamp);
+    writes.Set(element, Word::CEStamp, asked.ceStamp);
   } else if (!stamps.ceStamp->IsEmpty()) {
-    element->setAttribute(Word::CEStamp, *stamps.ceStamp);
+    writes.Set(element, Word::CEStamp, *stamps.ceStamp);
   }
+  return writes.Status();
 }
 
 void Recognition::Tell(const Object& object, const Found& found) const {

@@ -79,10 +79,11 @@ class Recognition {
   // What the record says of the object.
   void DecideByEntry(const Object& object, const Record& requestRecord, SharedRecord& record, Found& found);
   static Record RecognizeFromRel(const Record& requestRecord, SharedRecord& record);
-  void DecideByStamps(const Object& object, const Record& record, Found& found);
-  void CompleteRelationships(const Record& record);
+  /// Both answer the first failure to complete a relationship.
+  HRESULT DecideByStamps(const Object& object, const Record& record, Found& found);
+  HRESULT CompleteRelationships(const Record& record);
 
-  void WriteBack(const Object& object, const Asked& asked, const Found& found) const;
+  HRESULT WriteBack(const Object& object, const Asked& asked, const Found& found) const;
   void Tell(const Object& object, const Found& found) const;
 
   Client client_;

@@ -36,12 +36,13 @@ RequestRelationships::RequestRelationships(const ZYMIDOMNode_var& request) {
   }
 }
 
-void RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) {
+HRESULT RequestRelationships::Complete(const QELXIVARDOSLRDObject_var& record) {
   for (const QELXIVARDOSLRDObject_var& relationship : record->GetChildRelationships()) {
     if (!entries_.empty() && !relationship->GetId().IsEmpty()) {
       Complete(relationship->GetId(), relationship->GetPhysicalId());
     }
   }
+  return writes_.Status();
 }
 
 /// The first physical id stays, but that an empty one gives way to the first that is not.
@@ -63,7 +64,7 @@ void RequestRelationships::CompleteThoseIn(Chains& chains, const ZYMUnicodeStrin
       link = &entry.next;
       continue;
     }
-    entry.element->setAttribute(Word::Phid, physicalId);
+    writes_.Set(entry.element, Word::Phid, physicalId);
     *link = entry.next;
     if (physicalId.IsEmpty()) {
       entry.next = std::exchange(ChainOf(awaitingPhid_, hash), number);

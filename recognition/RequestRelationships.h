@@ -4,15 +4,16 @@
 #include <vector>
 
 #include "component/QELXIVARDOSLRDObject.h"
-#include "platform/ZYMIDOM.h"
+#include "recognition/AttributeWrites.h"
 
 /// The relationships of a request that have no physical id, by their "reluuid". However many relationships and records
 /// share one id, each relationship is completed twice at most: with an empty physical id, and with one that is not.
 class RequestRelationships {
  public:
   explicit RequestRelationships(const ZYMIDOMNode_var& request);
-  /// Gives each of them that is one of the record's the physical id that the record knows.
-  void Complete(const QELXIVARDOSLRDObject_var& record);
+  /// Gives each of them that is one of the record's the physical id that the record knows. Answers the first failure
+  /// of the tree so far.
+  HRESULT Complete(const QELXIVARDOSLRDObject_var& record);
 
  private:
   /// The number of an entry, counted from 1; 0: none.
@@ -31,6 +32,7 @@ class RequestRelationships {
                        const ZYMUnicodeString& physicalId);
 
   std::vector<Entry> entries_;
+  AttributeWrites writes_;
   Chains untouched_;
   // Completed with an empty physical id so far: only one that is not empty changes them.
   Chains awaitingPhid_;

@@ -109,7 +109,7 @@ TEST_F(AllocationTest, recognition_ends_with_a_failure_or_with_the_right_verdict
   const ZYMIDOMElement_var recognised = request();
   ASSERT_EQ(recognise(recognised), S_OK);
   const std::string right = Client::TextOf(recognised);
-  for (const Faults& faults : {OneOfProgram, OnwardOfProgram}) {
+  for (const Faults& faults : {OneOfProgram, OnwardOfProgram, OneOfTrees, OnwardOfTrees}) {
     FailEach(faults, request, recognise,
              [&right](const ZYMIDOMElement_var& root, std::optional<HRESULT> status, bool failed) {
                EXPECT_TRUE(failed || Succeeded(status));

@@ -9,6 +9,7 @@
 #include "platform/ZYMCheckFailure.h"
 #include "recognition/QELXVARDOSRecognitionFactory.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
+#include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
 #include "tests/support/FailingDom.h"
 #include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
@@ -352,6 +353,35 @@ TEST_F(RecognizeTest, a_failing_tree_ends_in_a_status_or_a_null_handle_error_and
   const ZYMIDOMElement_var recognized = Recognized(Request(objects, OBelowAsm));
   EXPECT_EQ(Brief(recognized, "o"), "status=EXISTS phid=O");
   EXPECT_EQ(Text(recognized), withoutFailure) << "which is a tree without short cuts";
+}
+
+TEST_F(RecognizeTest, a_value_that_the_tree_does_not_take_is_the_status_and_nothing_is_told_of_its_object) {
+  folder_.PutFile("asm.prt", 1);
+  folder_.PutRecord("asm.prt", RecordV4("A", "1", Rel("U", "R", "O") + Entry("o.prt", "O")));
+  const std::string objects = Object("asm") + Object("p", "phid='P'") + Object("o", "type='part' composerid='asm'");
+  struct : QELXIVARDOSObserver {
+    void Decided(const ZYMIDOMElement_var& /*object*/, const QELXVARDOSReason& /*reason*/) override { ++told; }
+    int told = 0;
+  } observer;
+  const QELXIVARDOSRecognitionHandler_var withoutRecords =
+      ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(ZYMUnicodeString("x"));
+  for (const QELXIVARDOSRecognitionHandler_var& handler :
+       {QELXIVARDOSRecognitionHandler_var(handler_), withoutRecords}) {
+    handler->SetObserver(&observer);
+    bool failed = true;
+    for (int before = 0; failed; ++before) {
+      ASSERT_LT(before, 100);
+      const ZYMIDOMElement_var request = FailingDom::Wrap(Request(objects, OBelowAsm));
+      const FailingDom dom(before, "setAttribute");
+      RecordMap records;
+      observer.told = 0;
+      const HRESULT status = handler->Recognize(request, records);
+      failed = dom.HasFailed();
+      EXPECT_EQ(status, failed ? FailingDom::Status : S_OK) << before << " values are taken";
+      EXPECT_EQ(observer.told == 3, !failed) << before << " values are taken";
+    }
+    handler->SetObserver(nullptr);
+  }
 }
 
 TEST_F(RecognizeTest, a_place_that_could_not_be_looked_at_takes_the_verdict_only_where_it_might_change_it) {

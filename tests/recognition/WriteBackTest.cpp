@@ -130,6 +130,25 @@ TEST_F(WriteBackTest, a_failing_search_for_the_information_is_the_status_and_lea
   EXPECT_EQ(records["a"]->GetObjectFilePath().ToString(), "/old/a.prt.2");
 }
 
+TEST_F(WriteBackTest, a_value_that_the_tree_does_not_take_is_the_status_and_the_others_are_written) {
+  const RecordMap records = ByCadId("ab");
+  const RecordMap byPhid = ByPhid("ab");
+  const auto describe = [&](const ZYMIDOMElement_var& root) {
+    return handler_->UpdateRequestAndLRDObjects(root, records, CacheInformation());
+  };
+  const auto fill = [&](const ZYMIDOMElement_var& root) { return handler_->UpdateInformationFromCache(root, byPhid); };
+  const auto failEach = [&](int values, const auto& operation) {
+    for (int before = 0; before <= values; ++before) {
+      const ZYMIDOMElement_var tree = InRoot(Object("a") + Object("b"));
+      const FailingDom dom(before, "setAttribute");
+      EXPECT_EQ(operation(FailingDom::Wrap(tree)), before < values ? FailingDom::Status : S_OK) << before;
+      EXPECT_EQ(Show(tree, "b", {"mxtype"}) == "mxtype=Tb", before != 5) << "the sixth value";
+    }
+  };
+  failEach(6, describe);
+  failEach(8, fill);
+}
+
 TEST_F(WriteBackTest, requests_are_described_from_the_cache_by_physical_id) {
   const RecordMap records = ByPhid("ab");
   records["PHb"]->SetObjectFilePath("/old/plain");
