@@ -42,6 +42,22 @@ std::error_code QELVARDOSFileLayer::ClaimFolder(const std::string& /*folder*/, Q
 void QELVARDOSFileLayer::Replaced(const std::string& /*path*/, QELVARDOSReplacement /*outcome*/,
                                   const std::error_code& /*error*/) {}
 
+void QELVARDOSFileLayer::WriteAllNew(std::span<QELVARDOSNewFile> files) {
+  for (QELVARDOSNewFile& file : files) {
+    file.error = WriteNew(file.path, file.bytes, file.like);
+  }
+}
+
+void QELVARDOSFileLayer::RenameAll(std::span<QELVARDOSFileRenaming> files) {
+  for (QELVARDOSFileRenaming& file : files) {
+    file.error = Rename(file.from, file.to);
+  }
+}
+
+bool QELVARDOSFileLayer::WantsNotice() const { return false; }
+
+void QELVARDOSFileLayer::LookAhead(std::vector<QELVARDOSFileLook> /*looks*/) {}
+
 QELVARDOSFileLayer& QELVARDOSFileLayer::Current() { return layerInUse == nullptr ? System() : *layerInUse; }
 
 QELVARDOSFileLayer* QELVARDOSFileLayer::Use(QELVARDOSFileLayer* layer) { return std::exchange(layerInUse, layer); }

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "platform/ZYMExport.h"
@@ -34,12 +36,51 @@ enum class QELVARDOSFolderUse { Write, Clean };
 /// A folder that is held. It is given back with the last copy, at the latest when the process ends; null holds nothing.
 using QELVARDOSFolderClaim = std::shared_ptr<const void>;
 
+/// A file that is to be created, and what became of it.
+struct QELVARDOSNewFile {
+  std::string path;
+  /// Must live for as long as the call that gets them.
+  std::string_view bytes;
+  /// As for WriteNew.
+  std::string like;
+  /// Whether it is to be made durable at once, if that is cheaper while it is open.
+  bool atOnce = false;
+
+  /// Set by the layer.
+  std::error_code error;
+  bool isDurable = false;
+};
+
+/// A file that is to be renamed, and what became of it.
+struct QELVARDOSFileRenaming {
+  std::string from;
+  std::string to;
+
+  /// Set by the layer.
+  std::error_code error;
+};
+
+/// A look at the disk that will be taken soon.
+struct QELVARDOSFileLook {
+  /// Facts: as by Stat. Content: as by Read.
+  enum class Kind { Facts, Content };
+
+  std::string path;
+  Kind kind = Kind::Facts;
+
+  bool operator==(const QELVARDOSFileLook& other) const = default;
+};
+
 /// The one way to the disk: everything that the module reads, writes or asks of the file system goes through the layer
 /// in use. A test puts its own in front to fail, stop or record it; a host to run dry. Paths are UTF-8; the empty path
 /// does not exist. An error code that is false means success.
 ///
 /// What an error says of the place itself is told by MeansMissing: nothing is there, or it could not be looked at. The
 /// two must not be mixed up, as a record that is not seen would make its object new to the server.
+///
+/// Threads: the module calls a layer in the thread that called the module, and in no other. Any operation is called by
+/// several threads at once when several use the module; Stat, Read, List, BeginLookups, EndLookups, WriteAllNew,
+/// RenameAll and MakeFoldersDurable also when a QELVARDOSParallelFileLayer stands in front.
 class ZYM_EXPORT QELVARDOSFileLayer {
  public:
   static constexpr std::uint64_t AnySize = std::numeric_limits<std::uint64_t>::max();
@@ -64,7 +105,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   virtual std::error_code List(const std::string& folder, std::vector<std::string>& names) = 0;
 
   /// Between the two calls many files are looked up by Stat and Read, and the layer may keep folders open to find them
-  /// faster; it may not notice then that such a folder was replaced by another of its name. The calls nest. Both do
+  /// faster; it may not notice then that such a folder was replaced by another of its name. It may also answer a thread
+  /// that asks for the same facts twice in a row as it did before. The calls nest, in each thread by themselves. Both do
   /// nothing here; use QELVARDOSFileLookups.
   virtual void BeginLookups();
   virtual void EndLookups();
@@ -82,6 +124,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   /// them, and than which it is never more open; empty: as a plainly created file. OwnerWouldLoseAccess: the owner of
   /// like could not read it. After an error no file is left.
   virtual std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) = 0;
+  /// As WriteNew of each, in any order or at once; an answer stands in each. Here: WriteNew of one after the other.
+  virtual void WriteAllNew(std::span<QELVARDOSNewFile> files);
   /// Returns when the content of these files would survive a loss of power: an answer for each, in their order. A file
   /// that is gone is passed over.
   virtual std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) = 0;
@@ -89,6 +133,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   virtual std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) = 0;
   /// Replaces to, if it exists, in one step.
   virtual std::error_code Rename(const std::string& from, const std::string& to) = 0;
+  /// As Rename of each, in any order or at once; an answer stands in each. Here: Rename of one after the other.
+  virtual void RenameAll(std::span<QELVARDOSFileRenaming> files);
   /// A file, a link or an empty folder.
   virtual std::error_code Remove(const std::string& path) = 0;
 
@@ -96,6 +142,13 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   /// for Failed alone; QELVARDOSSystemUtils::LastError() then tells path and reason. Written means that
   /// the file would survive a loss of power; AlreadyTheSame the same of a file that was written so. Does nothing here.
   virtual void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error);
+
+  /// Whether LookAhead does anything now: only then is it worth finding out what is coming. Not so here.
+  virtual bool WantsNotice() const;
+  /// Tells which looks this thread will take soon, as far as is known, in their order: a hint between BeginLookups and
+  /// EndLookups. Others may come, and some of these may not. What was told of before the last notice may be forgotten.
+  /// Does nothing here; use QELVARDOSFileNotices.
+  virtual void LookAhead(std::vector<QELVARDOSFileLook> looks);
 
   /// The layer in use: the system's own unless a host has put another there.
   static QELVARDOSFileLayer& Current();
@@ -129,7 +182,9 @@ class ZYM_EXPORT QELVARDOSFileLookups {
   QELVARDOSFileLayer& layer_;
 };
 
-/// A layer that passes every operation on to another: the base of layers that watch, refuse or stop.
+/// A layer that passes every operation on to another: the base of layers that watch, refuse or stop. Files that come
+/// many at once are taken one by one, so that WriteNew and Rename of the derived see them all; a filter that has no
+/// interest in them overrides WriteAllNew and RenameAll to pass them on as they come.
 class ZYM_EXPORT QELVARDOSFileLayerFilter : public QELVARDOSFileLayer {
  public:
   explicit QELVARDOSFileLayerFilter(QELVARDOSFileLayer& next) : next_(next) {}
@@ -162,6 +217,8 @@ class ZYM_EXPORT QELVARDOSFileLayerFilter : public QELVARDOSFileLayer {
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {
     next_.Replaced(path, outcome, error);
   }
+  bool WantsNotice() const override { return next_.WantsNotice(); }
+  void LookAhead(std::vector<QELVARDOSFileLook> looks) override { next_.LookAhead(std::move(looks)); }
 
  protected:
   QELVARDOSFileLayer& Next() noexcept { return next_; }

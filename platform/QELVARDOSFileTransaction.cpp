@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <numeric>
 #include <random>
 #include <set>
@@ -52,6 +53,9 @@ std::string In(const std::string& folder, const std::string& name) {
   return folder.empty() ? name : folder + (folder.ends_with('/') ? "" : "/") + name;
 }
 
+/// What the layer has not answered for.
+std::error_code Unfinished() { return std::make_error_code(std::errc::operation_in_progress); }
+
 /// Only a file can be replaced: a rename would put one in the place of a device or a pipe.
 std::error_code Refusal(const QELVARDOSFileFacts& facts) {
   using Kind = QELVARDOSFileFacts::Kind;
@@ -80,27 +84,25 @@ QELVARDOSFileTransaction::~QELVARDOSFileTransaction() {
 
 std::error_code QELVARDOSFileTransaction::Replace(const std::string& path, std::string_view bytes) {
   Staged file{path, {}, QELVARDOSReplacement::Written, {}};
-  std::error_code error;
-  try {
-    error = Stage(path, bytes, file);
-    if (!error) {
-      staged_.push_back(std::move(file));
-    }
-  } catch (...) {
-    // Memory may run out once the temporary file is written, and nobody else knows of it.
-    RemoveTemporary(file);
-    throw;
-  }
-  if (error) {
+  if (const std::error_code error = Stage(path, bytes, file)) {
     Tell(path, QELVARDOSReplacement::Failed, error, {});
+    return error;
   }
-  return error;
+  const bool isSame = file.outcome == QELVARDOSReplacement::AlreadyTheSame;
+  staged_.push_back(std::move(file));
+  if (!isSame) {
+    WriteLater(bytes);
+  }
+  return {};
 }
 
 /// Reading comes first: records that did not change are the common case, and it tells at once whether there is a file
 /// at all.
 std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::string_view bytes, Staged& file) {
   constexpr std::uint64_t Comparable = std::uint64_t{64} << 20U;
+  if (path.empty()) {
+    return std::make_error_code(std::errc::no_such_file_or_directory);
+  }
   const std::error_code unread = layer_.Read(path, present_, std::max<std::uint64_t>(bytes.size(), Comparable));
   if (!unread && present_ == bytes) {
     file.outcome = QELVARDOSReplacement::AlreadyTheSame;
@@ -109,51 +111,99 @@ std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::st
   if (unread) {
     present_.clear();
   }
-  file.isNew = path.empty() || (unread && QELVARDOSFileLayer::MeansMissing(unread, path));
-  if (file.isNew) {
-    return WriteTemporary(path, bytes, {}, file.temporary);
-  }
+  file.isNew = unread && QELVARDOSFileLayer::MeansMissing(unread, path);
   // What could be read is a file.
-  if (const std::error_code refusal = unread ? Refusal(layer_.Stat(path)) : std::error_code()) {
-    return refusal;
-  }
-  return WriteTemporary(path, bytes, path, file.temporary);
+  const std::error_code refusal = unread && !file.isNew ? Refusal(layer_.Stat(path)) : std::error_code();
+  return refusal ? refusal : Enter(FolderOf(path));
 }
 
-std::error_code QELVARDOSFileTransaction::WriteTemporary(const std::string& path, std::string_view bytes,
-                                                         const std::string& like, std::string& temporary) {
-  if (path.empty()) {
-    return std::make_error_code(std::errc::no_such_file_or_directory);
+void QELVARDOSFileTransaction::WriteLater(std::string_view bytes) {
+  constexpr std::size_t MostFiles = 128;
+  constexpr std::size_t MostBytes = std::size_t{1} << 20U;
+  try {
+    unwritten_.push_back({staged_.size() - 1, std::string(bytes)});
+  } catch (...) {
+    staged_.pop_back();
+    throw;
   }
-  bool claimed = false;
-  std::error_code error = Enter(FolderOf(path), claimed);
-  if (error) {
+  unwrittenBytes_ += bytes.size();
+  if (unwritten_.size() >= MostFiles || unwrittenBytes_ >= MostBytes) {
+    WriteTemporaries();
+  }
+}
+
+/// However it ends, each of these files has a whole temporary file afterwards or has failed.
+void QELVARDOSFileTransaction::WriteTemporaries() {
+  const std::vector<Unwritten> unwritten = std::exchange(unwritten_, {});
+  unwrittenBytes_ = 0;
+  std::vector<QELVARDOSNewFile> temporaries;
+  const auto settle = [&](std::errc unfinished) {
+    for (std::size_t at = 0; at < unwritten.size(); ++at) {
+      Settle(unwritten[at].staged, at < temporaries.size() ? &temporaries[at] : nullptr, make_error_code(unfinished));
+    }
+  };
+  try {
+    temporaries.reserve(unwritten.size());
+    for (const Unwritten& each : unwritten) {
+      temporaries.push_back(TemporaryFor(staged_[each.staged], each.bytes));
+    }
+    layer_.WriteAllNew(temporaries);
+    for (std::size_t at = 0; at < unwritten.size(); ++at) {
+      while (temporaries[at].error == std::errc::file_exists) {
+        temporaries[at] = TemporaryFor(staged_[unwritten[at].staged], unwritten[at].bytes);
+        layer_.WriteAllNew({&temporaries[at], 1});
+      }
+    }
+  } catch (const std::bad_alloc&) {
+    settle(std::errc::not_enough_memory);
+    return;
+  } catch (...) {
+    settle(std::errc::operation_canceled);
+    throw;
+  }
+  settle(std::errc::operation_canceled);
+}
+
+/// temporary: null when it did not come to one. Of what was begun and not finished, nobody knows what is there.
+void QELVARDOSFileTransaction::Settle(std::size_t staged, const QELVARDOSNewFile* temporary,
+                                      const std::error_code& unfinished) {
+  Staged& file = staged_[staged];
+  if (temporary == nullptr || temporary->error == Unfinished()) {
+    Fail(file, unfinished);
+  } else if (temporary->error) {
+    file.temporary.clear();
+    Fail(file, temporary->error);
+  } else {
+    file.isDurable = temporary->isDurable;
+  }
+}
+
+/// A claim may cost an open file, so only so many folders are claimed at a time. Where none is to be had, files are
+/// written all the same, unless there is no folder to write them in.
+std::error_code QELVARDOSFileTransaction::Enter(std::string_view folder) {
+  constexpr std::size_t MostClaims = 400;
+  if (entered_.contains(folder)) {
+    return {};
+  }
+  Entered entered;
+  const std::string name(folder);
+  const std::error_code error = layer_.ClaimFolder(name, QELVARDOSFolderUse::Write, entered.claim);
+  if (error == QELVARDOSFileError::ForeignLink || error == std::errc::no_such_file_or_directory) {
     return error;
   }
-  do {
-    temporary = Beside(path, NextName(claimed));
-    error = layer_.WriteNew(temporary, bytes, like);
-  } while (error == std::errc::file_exists);
-  return error;
+  entered.flushesEach = error == std::errc::not_supported;
+  if (entered_.size() >= MostClaims) {
+    entered.claim.reset();
+  }
+  entered_.emplace(name, std::move(entered));
+  return {};
 }
 
-/// A claim may cost an open file, so only so many folders are claimed at a time.
-std::error_code QELVARDOSFileTransaction::Enter(std::string_view folder, bool& claimed) {
-  constexpr std::size_t MostClaims = 400;
-  auto place = claims_.find(folder);
-  if (place == claims_.end()) {
-    QELVARDOSFolderClaim claim;
-    const std::string name(folder);
-    if (layer_.ClaimFolder(name, QELVARDOSFolderUse::Write, claim) == QELVARDOSFileError::ForeignLink) {
-      return QELVARDOSFileError::ForeignLink;
-    }
-    if (claims_.size() >= MostClaims) {
-      claim.reset();
-    }
-    place = claims_.emplace(name, std::move(claim)).first;
-  }
-  claimed = place->second != nullptr;
-  return {};
+/// A file that is to be renamed to path, in the folder that was entered for it.
+QELVARDOSNewFile QELVARDOSFileTransaction::TemporaryFor(Staged& file, std::string_view bytes) {
+  const Entered& folder = entered_.find(FolderOf(file.path))->second;
+  file.temporary = Beside(file.path, NextName(folder.claim != nullptr));
+  return {file.temporary, bytes, file.isNew ? "" : file.path, folder.flushesEach, Unfinished(), false};
 }
 
 std::string QELVARDOSFileTransaction::NextName(bool claimed) {
@@ -176,6 +226,7 @@ void QELVARDOSFileTransaction::Refuse(const std::string& path, const std::error_
 }
 
 std::vector<QELVARDOSFileTransaction::Failure> QELVARDOSFileTransaction::Commit() {
+  WriteTemporaries();
   DropSuperseded();
   MakeContentDurable();
   RenameAll();
@@ -215,7 +266,7 @@ void QELVARDOSFileTransaction::MakeContentDurable() {
   std::vector<Staged*> files;
   std::vector<std::string> temporaries;
   for (Staged& file : staged_) {
-    if (!file.temporary.empty()) {
+    if (!file.temporary.empty() && !file.isDurable) {
       files.push_back(&file);
       temporaries.push_back(file.temporary);
     }
@@ -231,16 +282,35 @@ void QELVARDOSFileTransaction::MakeContentDurable() {
 
 /// A file that is in its place counts as failed until its folders are known to be durable.
 void QELVARDOSFileTransaction::RenameAll() {
+  std::vector<Staged*> files;
+  std::vector<QELVARDOSFileRenaming> renamings;
   for (Staged& file : staged_) {
     if (!file.temporary.empty()) {
-      if (const std::error_code error = layer_.Rename(file.temporary, file.path)) {
-        Fail(file, error);
-      } else {
-        file.temporary.clear();
-        Fail(file, QELVARDOSFileError::MayBeLost);
-      }
+      files.push_back(&file);
+      renamings.push_back({file.temporary, file.path, Unfinished()});
     }
   }
+  if (renamings.empty()) {
+    return;
+  }
+  const auto settle = [&] {
+    for (std::size_t at = 0; at < files.size(); ++at) {
+      const std::error_code& error = renamings[at].error;
+      if (!error) {
+        files[at]->temporary.clear();
+      }
+      if (error != Unfinished()) {
+        Fail(*files[at], error ? error : QELVARDOSFileError::MayBeLost);
+      }
+    }
+  };
+  try {
+    layer_.RenameAll(renamings);
+  } catch (...) {
+    settle();
+    throw;
+  }
+  settle();
 }
 
 void QELVARDOSFileTransaction::MakeFoldersDurable() {
@@ -296,9 +366,9 @@ const std::error_code* QELVARDOSFileTransaction::UnflushedFor(const Staged& file
 }
 
 void QELVARDOSFileTransaction::RemoveLeftOvers() {
-  for (auto& [folder, claim] : std::exchange(claims_, {})) {
-    if (claim != nullptr) {
-      claim.reset();
+  for (auto& [folder, entered] : std::exchange(entered_, {})) {
+    if (entered.claim != nullptr) {
+      entered.claim.reset();
       RemoveLeftOversIn(folder);
     }
   }
@@ -348,6 +418,9 @@ void QELVARDOSFileTransaction::Tell(const std::string& path, QELVARDOSReplacemen
 
 /// Nothing stays on the disk, even when telling of it fails.
 void QELVARDOSFileTransaction::Abandon() {
+  for (const Unwritten& file : std::exchange(unwritten_, {})) {
+    Fail(staged_[file.staged], std::make_error_code(std::errc::operation_canceled));
+  }
   for (Staged& file : staged_) {
     if (!file.temporary.empty()) {
       Fail(file, std::make_error_code(std::errc::operation_canceled));

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -14,9 +15,10 @@
 /// Replaces files in whole, many at a time:
 /// - open: construct one. Transactions may nest; each knows its own files alone.
 /// - Replace, once for each file. A file that already holds the bytes is left alone; any other gets a temporary file
-///   beside it.
-/// - Commit: makes all temporary files durable together, renames each over its file, in the order of Replace, and makes
-///   the folders durable, each once.
+///   beside it, many of them created at once.
+/// - Commit: makes all temporary files durable together, renames each over its file, in any order, and makes the
+/// folders
+///   durable, each once.
 /// - destruct: what was not committed is abandoned, its temporary files are removed.
 ///
 /// What is promised, for each file:
@@ -53,7 +55,7 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   QELVARDOSFileTransaction(const QELVARDOSFileTransaction&) = delete;
   QELVARDOSFileTransaction& operator=(const QELVARDOSFileTransaction&) = delete;
 
-  /// The folder must exist.
+  /// The folder must exist. An error of looking at the file; that it cannot be written may show as late as in Commit.
   std::error_code Replace(const std::string& path, std::string_view bytes);
   /// What the file held when Replace looked at it; empty when there was none or it could not be read.
   const std::string& Present() const noexcept { return present_; }
@@ -73,16 +75,30 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
     std::string path;
     /// Empty when there is none (any more).
     std::string temporary;
-    QELVARDOSReplacement outcome;
+    QELVARDOSReplacement outcome = QELVARDOSReplacement::Written;
     std::error_code error;
     bool isNew = false;
+    bool isDurable = false;
   };
-  using Claims = std::map<std::string, QELVARDOSFolderClaim, std::less<>>;
+  /// What is still to be written for a staged file.
+  struct Unwritten {
+    std::size_t staged;
+    std::string bytes;
+  };
+  /// A folder that files are written in.
+  struct Entered {
+    /// Empty where none was to be had.
+    QELVARDOSFolderClaim claim;
+    /// Whether the system makes its files durable each by itself.
+    bool flushesEach = false;
+  };
 
   std::error_code Stage(const std::string& path, std::string_view bytes, Staged& file);
-  std::error_code WriteTemporary(const std::string& path, std::string_view bytes, const std::string& like,
-                                 std::string& temporary);
-  std::error_code Enter(std::string_view folder, bool& claimed);
+  void WriteLater(std::string_view bytes);
+  void WriteTemporaries();
+  void Settle(std::size_t staged, const QELVARDOSNewFile* temporary, const std::error_code& unfinished);
+  std::error_code Enter(std::string_view folder);
+  QELVARDOSNewFile TemporaryFor(Staged& file, std::string_view bytes);
   std::string NextName(bool claimed);
   void DropSuperseded();
   void MakeContentDurable();
@@ -102,8 +118,9 @@ class ZYM_EXPORT QELVARDOSFileTransaction {
   QELVARDOSFileLayer& layer_;
   QELVARDOSFileLookups lookups_;
   std::vector<Staged> staged_;
-  /// The folders that files are written in, with an empty claim where none was to be had.
-  Claims claims_;
+  std::vector<Unwritten> unwritten_;
+  std::size_t unwrittenBytes_ = 0;
+  std::map<std::string, Entered, std::less<>> entered_;
   /// The folders of the last commit, and why one of them could not be made durable.
   std::map<std::string, std::error_code, std::less<>> flushed_;
   std::string present_;

@@ -9,6 +9,7 @@
 #include "recognition/ObjectsOfTree.h"
 #include "records/FileStamp.h"
 #include "records/HostLeave.h"
+#include "records/ObjectsAhead.h"
 #include "records/IncompleteRecord.h"
 #include "records/QELXVARDOSIdentifier.h"
 #include "records/QELXVARDOSLRDConstants.h"
@@ -110,10 +111,12 @@ HRESULT Recognition::Run(const RecordMap& requestRecords) {
   }
   const HostLeave leave(client_.observer, HostLeave::Stage::Recognizing,
                         client_.observer == nullptr ? 0 : CountObjects(list_));
+  ObjectsAhead ahead(list_, client_.cadName);
   int done = 0;
   ForEachChildElement(list_, [&](const ZYMIDOMElement_var& element) {
     status = done > 0 ? leave.Ask(done) : S_OK;
     if (SUCCEEDED(status)) {
+      ahead.Before(done);
       status = Recognize(element, requestRecords);
     }
     ++done;

@@ -199,15 +199,20 @@ ZYMUnicodeString QELXVARDOSLRDFactory::GetIdentifier(const QELIVARDOSGlobalConfi
   return identifier;
 }
 
-QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsOf(const ZYMUnicodeString& cadName,
-                                                          const ZYMIDOMElement_var& cadobject) {
-  const Step step(Trace, "QELXVARDOSLRDFactory::GetObjectFileLRDFile");
+QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsAhead(const ZYMUnicodeString& cadName,
+                                                             const ZYMIDOMElement_var& cadobject) {
   const ZYMUnicodeString folder = Attribute(cadobject, Word::DirName);
   const ZYMUnicodeString fileName = Attribute(cadobject, Word::FileName);
   ZYMUnicodeString recordName = cadName == Word::Creo ? QELXVARDOSCreoUtil::fileNameWitoutVersion(fileName) : fileName;
   recordName += FileName::RecordSuffix;
-  Paths paths{QELVARDOSPath::Join({folder, fileName}),
-              QELVARDOSPath::Join({folder, FileName::RecordFolder, recordName}).ToString()};
+  return {QELVARDOSPath::Join({folder, fileName}),
+          QELVARDOSPath::Join({folder, FileName::RecordFolder, recordName}).ToString()};
+}
+
+QELXVARDOSLRDFactory::Paths QELXVARDOSLRDFactory::PathsOf(const ZYMUnicodeString& cadName,
+                                                          const ZYMIDOMElement_var& cadobject) {
+  const Step step(Trace, "QELXVARDOSLRDFactory::GetObjectFileLRDFile");
+  Paths paths = PathsAhead(cadName, cadobject);
   Trace.Write("Object File: ", paths.objectFile.ToString());
   Trace.Write("LRD File: ", paths.recordFile);
   step.Return(S_OK);

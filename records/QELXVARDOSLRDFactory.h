@@ -48,6 +48,8 @@ class QELXVARDOSLRDFactory {
     ZYMUnicodeString recordFile;
   };
   Paths PathsOf(const ZYMUnicodeString& cadName, const ZYMIDOMElement_var& cadobject);
+  /// The same, of an object whose turn has not come: nothing is traced.
+  static Paths PathsAhead(const ZYMUnicodeString& cadName, const ZYMIDOMElement_var& cadobject);
 
  private:
   HRESULT CreateObject(const RecordFormat* format, const ZYMIDOMNode_var& element, bool& fromFile,

@@ -1,11 +1,14 @@
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
+#include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSFileLayer.h"
+#include "platform/QELVARDOSFileNotices.h"
 #include "platform/QELVARDOSPathUtils.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMCheckFailure.h"
@@ -13,6 +16,7 @@
 #include "platform/ZYMIDOMLook.h"
 #include "records/HostLeave.h"
 #include "records/Nesting.h"
+#include "records/ObjectsAhead.h"
 #include "records/QELXVARDOSLRDConstants.h"
 #include "records/QELXVARDOSLRDFactory.h"
 #include "xmlhandlers/CompositionMembers.h"
@@ -93,8 +97,8 @@ HRESULT QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder(const QELXIVARDOSLRDObje
 QELXVARDOSLRDXMLHandler::Folders QELXVARDOSLRDXMLHandler::MakeFolders(const QELXIVARDOSLRDObject_varList& records) {
   const Step step(Trace, "QELXVARDOSLRDXMLHandler::CreateAndHideLRDFolder");
   Folders folders;
-  // Records of one folder come together; it is looked at once.
-  ZYMUnicodeString present;
+  // Each folder is looked at once.
+  std::set<std::string, std::less<>> present;
   for (const Record& record : records) {
     if (!IsSelected(record) || HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE)) {
       continue;
@@ -104,9 +108,9 @@ QELXVARDOSLRDXMLHandler::Folders QELXVARDOSLRDXMLHandler::MakeFolders(const QELX
       Trace.Write("Refused to leave the record folder : ", folder);
       continue;
     }
-    if ((!folder.IsEmpty() && folder == present) || QELVARDOSPathUtils::IsDir(folder)) {
+    if (present.contains(folder.View()) || QELVARDOSPathUtils::IsDir(folder)) {
       Trace.Write("Directory is already on disc: ", folder);
-      present = folder;
+      present.emplace(folder.View());
       continue;
     }
     folders.status = QELVARDOSPathUtils::MakeDirs(folder, folders.made);
@@ -119,7 +123,7 @@ QELXVARDOSLRDXMLHandler::Folders QELXVARDOSLRDXMLHandler::MakeFolders(const QELX
     QELVARDOSPathUtils::HideFolder(folder);
     Trace.Write("Directory is marked hidden : ", folder);
     folders.refused.erase(folder.Str());
-    present = folder;
+    present.emplace(folder.View());
   }
   for (const auto& [folder, error] : QELVARDOSPathUtils::KeepDirs(folders.made)) {
     // As for folders that could not be made, the last one's fate is the status.
@@ -170,7 +174,12 @@ HRESULT QELXVARDOSLRDXMLHandler::GetCadIdLrdObject(const ZYMIDOMNode_var& root, 
     return step.Return(S_OK);
   }
   QELXVARDOSLRDFactory factory;
+  const QELVARDOSFileLookups lookups;
+  const ZYMIDOMElement_var objects(list);
+  ObjectsAhead ahead(objects);
+  int done = 0;
   ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
+    ahead.Before(done++);
     if (!IsDerivedOutputLike(object)) {
       Record record;
       factory.GetLRDObject(config_, root, object, record);
@@ -412,17 +421,32 @@ HRESULT QELXVARDOSLRDXMLHandler::Link(const ZYMIDOMElement_var& object, const ZY
   return step.Return(S_OK);
 }
 
+void QELXVARDOSLRDXMLHandler::ComputeStamps(const QELXIVARDOSLRDObject_varList& records) {
+  const QELVARDOSFileLookups lookups;
+  QELVARDOSFileNotices notices;
+  const auto addLook = [&records](int at, QELVARDOSFileNotices::Looks& looks) {
+    if (at < records.Size()) {
+      looks.push_back({records[at + 1]->GetObjectFilePath().ToString().Str(), QELVARDOSFileLook::Kind::Facts});
+    }
+    return at < records.Size();
+  };
+  for (int at = 0; at < records.Size(); ++at) {
+    notices.Before(at, addLook);
+    ZYMUnicodeString stamp;
+    records[at + 1]->ComputeObjectChangeStamp(stamp);
+  }
+}
+
 HRESULT QELXVARDOSLRDXMLHandler::WriteSelected(const RecordMap& records) {
   QELXIVARDOSLRDObject_varList selected;
   for (const RecordMap::Entry& entry : records) {
     const Record& record = entry.second;
     if (IsSelected(record) && !HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_OBJECTWITHOUTFILE_LIKE) &&
         !HasTypeClass(record, QELXVARDOSLRDConstants::TYPE_KORVANTHEMIX_LIKE)) {
-      ZYMUnicodeString stamp;
-      record->ComputeObjectChangeStamp(stamp);
       selected.Append(record);
     }
   }
+  ComputeStamps(selected);
   Folders folders = MakeFolders(selected);
   const HRESULT status = WriteToFile(selected, folders.refused);
   if (status == E_ABORT) {

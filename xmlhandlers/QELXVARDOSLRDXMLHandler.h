@@ -76,6 +76,7 @@ class QELXVARDOSLRDXMLHandler : public QELXIVARDOSLRDXMLHandler {
  protected:
   /// Brings the stamps of those records up to date that are selected, have a file of their own and are not the
   /// platform's, and writes them, folders included. 0, or E_ABORT when the observer ended it.
+  static void ComputeStamps(const QELXIVARDOSLRDObject_varList& records);
   HRESULT WriteSelected(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& records);
 
  private:

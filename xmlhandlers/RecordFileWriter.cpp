@@ -4,6 +4,7 @@
 
 #include "component/QELXVARDOSTraceChannels.h"
 #include "platform/QELVARDOSFileError.h"
+#include "platform/QELVARDOSFileNotices.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "records/HostLeave.h"
 #include "xmlhandlers/RecordFolder.h"
@@ -39,6 +40,19 @@ bool BeginsLike(std::string_view a, std::string_view b) {
   return root != std::string_view::npos && a.substr(0, root + 1) == b.substr(0, root + 1);
 }
 
+/// A record is compared with what its file holds, unless nothing may be written there.
+bool AddLook(const QELXIVARDOSLRDObject_varList& records, int at, QELVARDOSFileNotices::Looks& looks) {
+  if (at >= records.Size()) {
+    return false;
+  }
+  if (const QELXIVARDOSLRDObject_var& record = records[at + 1]; record) {
+    if (const ZYMUnicodeString path = record->GetLRDFilePath(); RefusalOf(path) == QELVARDOSNameRules::Refusal::None) {
+      looks.push_back({path.Str(), QELVARDOSFileLook::Kind::Content});
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 RecordFileWriter::RecordFileWriter(const ZYMIXMLDOMDocumentBuilder_var& builder, std::uint64_t largest,
@@ -66,8 +80,10 @@ HRESULT RecordFileWriter::Write(const QELXIVARDOSLRDObject_varList& records) {
 
 HRESULT RecordFileWriter::Stage(const QELXIVARDOSLRDObject_varList& records) {
   const HostLeave leave(observer_, HostLeave::Stage::Recording, records.Size());
+  QELVARDOSFileNotices notices;
   int done = 0;
   for (const QELXIVARDOSLRDObject_var& record : records) {
+    notices.Before(done, [&](int ahead, QELVARDOSFileNotices::Looks& looks) { return AddLook(records, ahead, looks); });
     Write(record);
     if (const HRESULT status = leave.Ask(++done); FAILED(status)) {
       Cancel(records, done);

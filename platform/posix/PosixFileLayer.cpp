@@ -39,46 +39,74 @@ class Lookups {
   void End() {
     if (--depth_ == 0) {
       Forget();
+      known_.clear();
     }
   }
+
+  /// What was seen at the path, if it is the one that was asked for last; else null.
+  const QELVARDOSFileFacts* Known(const std::string& path) const {
+    return !known_.empty() && known_ == path ? &facts_ : nullptr;
+  }
+  void Know(const std::string& path, const QELVARDOSFileFacts& facts) {
+    if (depth_ > 0) {
+      known_ = path;
+      facts_ = facts;
+    }
+  }
+  /// Something is changed, there perhaps.
+  void Changed() { known_.clear(); }
 
   /// Where path is to be looked up; the path must outlive the place.
   Place Find(const std::string& path) {
     if (depth_ == 0) {
       return {AT_FDCWD, path.c_str()};
     }
-    if (prefix_.empty() || !path.starts_with(prefix_)) {
-      Forget();
-      prefix_.assign(path, 0, path.rfind('/') + 1);
-    }
-    const char* const rest = path.c_str() + prefix_.size();
-    if (prefix_.empty() || *rest == '\0' || *rest == '/' || !IsWorthOpening()) {
+    Folder& folder = FolderOf(path);
+    const char* const rest = path.c_str() + folder.prefix.size();
+    if (folder.prefix.empty() || *rest == '\0' || *rest == '/' || !IsWorthOpening(folder)) {
       return {AT_FDCWD, path.c_str()};
     }
-    return {folder_->Number(), rest};
+    return {folder.open->Number(), rest};
   }
 
  private:
-  /// Files that come from many folders in turn would pay for an opening each.
-  bool IsWorthOpening() {
-    constexpr int SeenBefore = 3;
-    if (folder_ == nullptr && ++seen_ > SeenBefore) {
-      folder_ = std::make_unique<Descriptor>(prefix_, O_PATH | O_DIRECTORY);
+  struct Folder {
+    /// The path of the folder, with a "/" at its end.
+    std::string prefix;
+    int seen = 0;
+    std::unique_ptr<Descriptor> open;
+  };
+
+  /// The one that was opened first makes room.
+  Folder& FolderOf(const std::string& path) {
+    const std::size_t length = path.rfind('/') + 1;
+    for (Folder& folder : folders_) {
+      if (folder.prefix.size() == length && path.starts_with(folder.prefix)) {
+        return folder;
+      }
     }
-    return folder_ != nullptr && folder_->IsOpen();
+    Folder& folder = folders_.at(next_++ % folders_.size());
+    folder = {path.substr(0, length), 0, nullptr};
+    return folder;
   }
 
-  void Forget() {
-    folder_.reset();
-    prefix_.clear();
-    seen_ = 0;
+  /// Files that come from many folders in turn would pay for an opening each.
+  static bool IsWorthOpening(Folder& folder) {
+    constexpr int SeenBefore = 3;
+    if (folder.open == nullptr && ++folder.seen > SeenBefore) {
+      folder.open = std::make_unique<Descriptor>(folder.prefix, O_PATH | O_DIRECTORY);
+    }
+    return folder.open != nullptr && folder.open->IsOpen();
   }
+
+  void Forget() { folders_ = {}; }
 
   int depth_ = 0;
-  /// The path of the folder, with a "/" at its end.
-  std::string prefix_;
-  int seen_ = 0;
-  std::unique_ptr<Descriptor> folder_;
+  std::string known_;
+  QELVARDOSFileFacts facts_;
+  /// Object files and records come in turn.
+  std::array<Folder, 4> folders_;
+  std::size_t next_ = 0;
 };
 
 thread_local Lookups lookups;
@@ -177,6 +205,44 @@ std::error_code Lock(int folder, QELVARDOSFolderUse use) {
   return std::make_error_code(std::errc::device_or_resource_busy);
 }
 
+/// What may not be opened again can only be made durable now.
+std::error_code WriteOpen(Descriptor& open, QELVARDOSNewFile& file, mode_t mode) {
+  std::error_code error = WriteAll(open, file.bytes);
+  if (!error && (file.atOnce || (mode & S_IRUSR) == 0)) {
+    error = ErrorUnless(Uninterrupted([&] { return fdatasync(open.Number()); }) == 0);
+    file.isDurable = !error;
+  }
+  return error ? error : open.Close();
+}
+
+std::error_code Write(QELVARDOSNewFile& file) {
+  constexpr mode_t Plain = 0666;
+  constexpr mode_t OwnerAlone = 0600;
+  const Lookups::Place place = lookups.Find(file.path);
+  Descriptor open(place.folder, place.path, O_WRONLY | O_CREAT | O_EXCL, file.like.empty() ? Plain : OwnerAlone);
+  if (!open.IsOpen()) {
+    return SystemError();
+  }
+  mode_t mode = Plain;
+  std::error_code error = file.like.empty() ? std::error_code() : MakeAlike(open.Number(), file.like, mode);
+  error = error ? error : WriteOpen(open, file, mode);
+  if (error) {
+    unlinkat(place.folder, place.path, 0);
+  }
+  return error;
+}
+
+QELVARDOSFileFacts Look(const std::string& path) {
+  const Lookups::Place place = lookups.Find(path);
+  struct stat facts {};
+  if (fstatat(place.folder, place.path, &facts, 0) != 0) {
+    const std::error_code error = SystemError();
+    return QELVARDOSFileLayer::MeansMissing(error, path) ? QELVARDOSFileFacts()
+                                                         : QELVARDOSFileFacts{Kind::Unseen, 0, 0, error};
+  }
+  return {KindOf(facts.st_mode), facts.st_mtim.tv_sec, static_cast<std::uint64_t>(facts.st_size), {}};
+}
+
 }  // namespace
 
 QELVARDOSFileLayer& QELVARDOSFileLayer::System() {
@@ -185,13 +251,12 @@ QELVARDOSFileLayer& QELVARDOSFileLayer::System() {
 }
 
 QELVARDOSFileFacts PosixFileLayer::Stat(const std::string& path) {
-  const Lookups::Place place = lookups.Find(path);
-  struct stat facts {};
-  if (fstatat(place.folder, place.path, &facts, 0) != 0) {
-    const std::error_code error = SystemError();
-    return MeansMissing(error, path) ? QELVARDOSFileFacts() : QELVARDOSFileFacts{Kind::Unseen, 0, 0, error};
+  if (const QELVARDOSFileFacts* const known = lookups.Known(path)) {
+    return *known;
   }
-  return {KindOf(facts.st_mode), facts.st_mtim.tv_sec, static_cast<std::uint64_t>(facts.st_size), {}};
+  const QELVARDOSFileFacts facts = Look(path);
+  lookups.Know(path, facts);
+  return facts;
 }
 
 /// A small file takes three system calls. Reading at an offset refuses folders, pipes and sockets by itself, opening
@@ -235,6 +300,7 @@ void PosixFileLayer::BeginLookups() { lookups.Begin(); }
 void PosixFileLayer::EndLookups() { lookups.End(); }
 
 std::error_code PosixFileLayer::MakeFolder(const std::string& path) {
+  lookups.Changed();
   return ErrorUnless(mkdir(path.c_str(), 0777) == 0);
 }
 
@@ -265,28 +331,19 @@ std::error_code PosixFileLayer::ClaimFolder(const std::string& folder, QELVARDOS
 }
 
 std::error_code PosixFileLayer::WriteNew(const std::string& path, std::string_view bytes, const std::string& like) {
-  constexpr mode_t Plain = 0666;
-  constexpr mode_t OwnerAlone = 0600;
-  Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL, like.empty() ? Plain : OwnerAlone);
-  if (!file.IsOpen()) {
-    return SystemError();
+  QELVARDOSNewFile file;
+  file.path = path;
+  file.bytes = bytes;
+  file.like = like;
+  WriteAllNew({&file, 1});
+  return file.error;
+}
+
+void PosixFileLayer::WriteAllNew(std::span<QELVARDOSNewFile> files) {
+  lookups.Changed();
+  for (QELVARDOSNewFile& file : files) {
+    file.error = Write(file);
   }
-  mode_t mode = Plain;
-  std::error_code error = like.empty() ? std::error_code() : MakeAlike(file.Number(), like, mode);
-  if (!error) {
-    error = WriteAll(file, bytes);
-  }
-  // A file that may not be opened again can only be flushed now.
-  if (!error && (mode & S_IRUSR) == 0) {
-    error = ErrorUnless(Uninterrupted([&] { return fdatasync(file.Number()); }) == 0);
-  }
-  if (!error) {
-    error = file.Close();
-  }
-  if (error) {
-    unlink(path.c_str());
-  }
-  return error;
 }
 
 std::vector<std::error_code> PosixFileLayer::MakeDurable(const std::vector<std::string>& paths) {
@@ -298,7 +355,17 @@ std::vector<std::error_code> PosixFileLayer::MakeFoldersDurable(const std::vecto
 }
 
 std::error_code PosixFileLayer::Rename(const std::string& from, const std::string& to) {
-  return ErrorUnless(rename(from.c_str(), to.c_str()) == 0);
+  lookups.Changed();
+  const std::size_t folder = from.rfind('/') + 1;
+  if (to.rfind('/') + 1 != folder || to.compare(0, folder, from, 0, folder) != 0) {
+    return ErrorUnless(rename(from.c_str(), to.c_str()) == 0);
+  }
+  const Lookups::Place place = lookups.Find(from);
+  const char* const name = to.c_str() + (place.path - from.c_str());
+  return ErrorUnless(renameat(place.folder, place.path, place.folder, name) == 0);
 }
 
-std::error_code PosixFileLayer::Remove(const std::string& path) { return ErrorUnless(remove(path.c_str()) == 0); }
+std::error_code PosixFileLayer::Remove(const std::string& path) {
+  lookups.Changed();
+  return ErrorUnless(remove(path.c_str()) == 0);
+}

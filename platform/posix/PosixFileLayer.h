@@ -14,6 +14,7 @@ class PosixFileLayer final : public QELVARDOSFileLayer {
   std::error_code HideFolder(const std::string& path) override;
   std::error_code ClaimFolder(const std::string& folder, QELVARDOSFolderUse use, QELVARDOSFolderClaim& claim) override;
   std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) override;
+  void WriteAllNew(std::span<QELVARDOSNewFile> files) override;
   std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) override;
   std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& folders) override;
   std::error_code Rename(const std::string& from, const std::string& to) override;
