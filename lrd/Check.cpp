@@ -140,11 +140,16 @@ class Checker {
       tell_({RecordFileOf(folder.path, ""), Kind::Nameless, "has no name, so it is the record of no object"});
     }
     const auto objects = folder.NewestObjectFiles(Naming::Either);
-    for (const std::string& record : folder.Records()) {
+    const std::set<std::string> names = folder.Records();
+    const std::vector<std::string> records(names.begin(), names.end());
+    const auto fileOf = [&](std::size_t record) { return RecordFileOf(folder.path, records[record]); };
+    RecordsAhead ahead(records.size(), fileOf);
+    for (std::size_t record = 0; record < records.size(); ++record) {
       EndWhenAsked();
-      const std::string file = RecordFileOf(folder.path, record);
+      ahead.Before(record);
+      const std::string file = fileOf(record);
       CheckRecord(file);
-      if (!objects.contains(record)) {
+      if (!objects.contains(records[record])) {
         tell_({file, Kind::NoObjectFile, "its object file is gone"});
       }
     }

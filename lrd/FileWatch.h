@@ -10,9 +10,11 @@ namespace lrd {
 /// Remembers what the module did on a file layer behind it.
 class FileWatch : public QELVARDOSFileLayerFilter {
  public:
-  explicit FileWatch(QELVARDOSFileLayer& watched = QELVARDOSFileLayer::System()) : QELVARDOSFileLayerFilter(watched) {}
+  explicit FileWatch(QELVARDOSFileLayer& watched = QELVARDOSFileLayer::Current()) : QELVARDOSFileLayerFilter(watched) {}
 
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override;
+  void WriteAllNew(std::span<QELVARDOSNewFile> files) override { Next().WriteAllNew(files); }
+  void RenameAll(std::span<QELVARDOSFileRenaming> files) override { Next().RenameAll(files); }
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override;
 
   /// The file that was read last; empty before the first.

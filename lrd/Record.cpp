@@ -163,8 +163,8 @@ int RecordResponse(const Options& options) {
   RequireFittingRequest(options, handler);
   const ZYMIDOMElement_var request = options.request.empty() ? nullptr : RootElement(ParseXml(options.request));
 
-  DryRunLayer memory(QELVARDOSFileLayer::System());
-  FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::System());
+  DryRunLayer memory(QELVARDOSFileLayer::Current());
+  FileWatch watch(options.dryRun ? memory : QELVARDOSFileLayer::Current());
   const QELVARDOSUseFileLayer use(watch);
   RequireHandler(options, handler, response);
   RecordMap records;

@@ -42,6 +42,16 @@ std::string WithoutFile(const std::string& message, const std::string& file) {
   return reason.substr(std::min(reason.find_first_not_of(' '), reason.size()));
 }
 
+void RecordsAhead::Before(std::size_t record) {
+  notices_.Before(static_cast<int>(record), [this](int ahead, QELVARDOSFileNotices::Looks& looks) {
+    const auto number = static_cast<std::size_t>(ahead);
+    if (number < count_) {
+      looks.push_back({fileOf_(number), QELVARDOSFileLook::Kind::Content});
+    }
+    return number < count_;
+  });
+}
+
 RecordReader::RecordReader() {
   QELXVARDOSLRDXMLFactory().GetLRDXMLHandler(nullptr, handler_);
   handler_->SetObserver(this);

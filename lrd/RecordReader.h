@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "component/QELXIVARDOSLRDXMLHandler.h"
+#include "platform/QELVARDOSFileNotices.h"
 
 namespace lrd {
 
@@ -28,6 +32,22 @@ class RecordReader : private QELXIVARDOSObserver {
 
   QELXIVARDOSLRDXMLHandler_var handler_;
   std::string unknownVersion_;
+};
+
+/// Tells the file layer, in the middle of reading many record files in order, which ones come next.
+class RecordsAhead {
+ public:
+  /// fileOf: the path of each, by its number.
+  RecordsAhead(std::size_t count, std::function<std::string(std::size_t record)> fileOf)
+      : count_(count), fileOf_(std::move(fileOf)) {}
+
+  void Before(std::size_t record);
+
+ private:
+  std::size_t count_;
+  std::function<std::string(std::size_t record)> fileOf_;
+  QELVARDOSFileLookups lookups_;
+  QELVARDOSFileNotices notices_;
 };
 
 /// A message of the module without the name of the file that it begins with.

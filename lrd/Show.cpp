@@ -194,8 +194,10 @@ int ShowRecords(const Options& options) {
   Viewer viewer;
   Json shown = Json::array();
   int status = Done;
+  RecordsAhead ahead(options.files.size(), [&](std::size_t record) { return options.files[record]; });
   for (const std::string& file : options.files) {
     EndWhenAsked();
+    ahead.Before(static_cast<std::size_t>(&file - options.files.data()));
     const RecordReading reading = reader.Read(file);
     if (reading.fault != RecordFault::None) {
       Complain(file, reading.reason);

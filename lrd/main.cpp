@@ -10,6 +10,7 @@
 #include "lrd/HostError.h"
 #include "lrd/HostSystem.h"
 #include "lrd/Trace.h"
+#include "platform/QELVARDOSParallelFileLayer.h"
 
 namespace lrd {
 
@@ -44,6 +45,10 @@ int ParseAndRun(int argc, char** argv) {
   std::string traceFile;
   program.add_option("--trace", traceFile, "Write what the module does, line by line, to FILE; - for standard output.")
       ->option_text("FILE");
+  int jobs = QELVARDOSParallelFileLayer::JobsFoundOut;
+  program.add_option("--jobs", jobs, "Look at N files at once; 1: at one after another; left out: found out.")
+      ->option_text("N")
+      ->check(CLI::Range(1, QELVARDOSParallelFileLayer::MostJobs));
   program.footer(
       "Exit status: 0 done; 1 something could not be read, written or decided, or was found wrong; 2 wrong use, input "
       "or\n"
@@ -63,6 +68,8 @@ int ParseAndRun(int argc, char** argv) {
   }
   Trace trace(traceFile);
   NoticeEndings();
+  QELVARDOSParallelFileLayer disk(QELVARDOSFileLayer::System(), jobs);
+  const QELVARDOSUseFileLayer use(disk);
   const int status = chosen();
   trace.Finish();
   FlushPrinted();

@@ -55,6 +55,8 @@ TEST_F(LrdTest, WrongUseIsNamedAndExitsWithTwo) {
       {{"check", ".", ""}, "the name of a folder is empty"},
       {{"check", "config.xml"}, "config.xml"},
       {{"show"}, "RECORD"},
+      {{"--jobs", "0", "check", "."}, "--jobs"},
+      {{"--jobs", "many", "check", "."}, "--jobs"},
   };
   const auto before = State();
   for (const auto& [arguments, word] : uses) {

@@ -5,8 +5,10 @@
 #include <thread>
 #include <vector>
 
+#include "platform/QELVARDOSParallelFileLayer.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMFillDictionary.h"
+#include "platform/ZYMIDOMLook.h"
 #include "tests/support/Client.h"
 
 namespace {
@@ -66,6 +68,34 @@ TEST(ThreadsTest, each_thread_records_recognises_and_fails_with_objects_of_its_o
   for (const std::string& result : results) {
     EXPECT_EQ(result, results[0]);
   }
+}
+
+TEST(ThreadsTest, callers_whose_looks_are_taken_ahead_see_what_they_would_see_by_themselves) {
+  constexpr int Objects = 300;
+  QELVARDOSParallelFileLayer disk(QELVARDOSFileLayer::System(), 8);
+  const QELVARDOSUseFileLayer use(disk);
+  AtOnce([](int number) {
+    const Client client("CE" + std::to_string(number));
+    std::string objects;
+    for (int object = 0; object < Objects; ++object) {
+      const std::string name = "p" + std::to_string(object) + ".prt";
+      client.folder.PutFile(name, 100);
+      objects += "<cadobject cadid='" + name + "' type='part' filename='" + name + "' dirname='" +
+                 client.folder.Root() + "' selected='true' ceStamp='" + std::to_string(number) + "'/>";
+    }
+    client.folder.Put("many.xml", "<response cname='checkoutEx'><info><cadobjectlist>" + objects +
+                                      "</cadobjectlist></info></response>");
+    for (int round = 0; round < 2; ++round) {
+      EXPECT_EQ(client.RecordAnswer(client.Root("many.xml")), S_OK);
+      const ZYMIDOMElement_var list = FirstElement(client.Root("many.xml"), "cadobjectlist");
+      EXPECT_EQ(client.Recognize(FirstElement(client.Root("many.xml"), "info")), S_OK);
+      ForEachChildElement(list, [&](const ZYMIDOMElement_var& object) {
+        EXPECT_NE(client.folder.Record(Attribute(object, "cadid").Str()).find(">" + std::to_string(number) + "<"),
+                  std::string::npos);
+        return true;
+      });
+    }
+  });
 }
 
 class Made : public ZYMBaseUnknown {};
