@@ -118,7 +118,7 @@ std::error_code QELVARDOSFileTransaction::Stage(const std::string& path, std::st
 }
 
 void QELVARDOSFileTransaction::WriteLater(std::string_view bytes) {
-  constexpr std::size_t MostFiles = 128;
+  constexpr std::size_t MostFiles = 1024;
   constexpr std::size_t MostBytes = std::size_t{1} << 20U;
   try {
     unwritten_.push_back({staged_.size() - 1, std::string(bytes)});

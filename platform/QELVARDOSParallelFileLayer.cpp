@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -22,7 +23,7 @@ using Kind = QELVARDOSFileLook::Kind;
 /// Most of what many looks at once can gain on a file server is gained by these.
 constexpr int JobsWhereSlow = 16;
 /// More do not get files into one folder any faster.
-constexpr int MostWriters = 8;
+constexpr int WritersInFolder = 8;
 constexpr auto SlowLook = std::chrono::microseconds(100);
 constexpr auto SlowWriting = std::chrono::microseconds(400);
 
@@ -36,6 +37,29 @@ auto Timed(Pace& pace, const Do& alone) {
   pace.TookAlone(Clock::now() - start);
   return result;
 }
+
+/// The numbers of files, from one folder after the other in turn, since those of one folder get in each other's way.
+struct Order {
+  template <typename Files, typename PathOf>
+  Order(const Files& files, const PathOf& pathOf) {
+    std::map<std::string_view, std::vector<std::size_t>> byFolder;
+    for (std::size_t at = 0; at < files.size(); ++at) {
+      const std::string& path = pathOf(files[at]);
+      byFolder[std::string_view(path).substr(0, path.rfind('/') + 1)].push_back(at);
+    }
+    folders = byFolder.size();
+    for (std::size_t round = 0; numbers.size() < files.size(); ++round) {
+      for (const auto& [folder, members] : byFolder) {
+        if (round < members.size()) {
+          numbers.push_back(members[round]);
+        }
+      }
+    }
+  }
+
+  std::vector<std::size_t> numbers;
+  std::size_t folders = 0;
+};
 
 /// A thread that calls the layer, between its outermost BeginLookups and EndLookups.
 struct Caller {
@@ -72,7 +96,7 @@ class QELVARDOSParallelFileLayer::Callers {
       : next_(next),
         most_((jobs == JobsFoundOut ? JobsWhereSlow : std::min(jobs, MostJobs)) - 1),
         looking_(most_, jobs == JobsFoundOut ? Pace::Duration(SlowLook) : Pace::Given),
-        writing_(std::min(most_, MostWriters - 1), jobs == JobsFoundOut ? Pace::Duration(SlowWriting) : Pace::Given) {}
+        writing_(most_, jobs == JobsFoundOut ? Pace::Duration(SlowWriting) : Pace::Given) {}
 
   /// 0: looks that are told of would not be taken.
   int Threads() {
@@ -163,22 +187,24 @@ class QELVARDOSParallelFileLayer::Callers {
     return facts;
   }
 
-  /// Calls each for every number below count, side by side where that pays.
-  void ForEach(std::size_t count, const std::function<void(std::size_t)>& each) {
+  /// Calls each for every number in order, side by side where that pays. folders: how many these are in.
+  void ForEach(const std::vector<std::size_t>& order, std::size_t folders,
+               const std::function<void(std::size_t)>& each) {
     Caller* const caller = Own();
     std::size_t done = 0;
-    while (done < count && (caller == nullptr || writing_.Threads() == 0)) {
-      Timed(writing_, [&] { return each(done), 0; });
-      ++done;
+    for (; done < order.size() && (caller == nullptr || writing_.Threads() == 0); ++done) {
+      Timed(writing_, [&] { return each(order[done]), 0; });
     }
-    if (done < count) {
-      const Clock::time_point start = Clock::now();
-      ForEachSideBySide(caller->workers, writing_.Threads(), count - done,
-                        [&](std::size_t number) { each(done + number); });
-      const Clock::duration took = (Clock::now() - start) / static_cast<Clock::rep>(count - done);
-      for (; done < count; ++done) {
-        writing_.Waited(took);
-      }
+    if (done == order.size()) {
+      return;
+    }
+    const auto writers = static_cast<int>(std::min<std::size_t>(folders * WritersInFolder, MostJobs));
+    const Clock::time_point start = Clock::now();
+    ForEachSideBySide(caller->workers, std::min(writing_.Threads(), writers - 1), order.size() - done,
+                      [&](std::size_t number) { each(order[done + number]); });
+    const Clock::duration took = (Clock::now() - start) / static_cast<Clock::rep>(order.size() - done);
+    for (; done < order.size(); ++done) {
+      writing_.Waited(took);
     }
   }
 
@@ -320,7 +346,8 @@ void QELVARDOSParallelFileLayer::WriteAllNew(std::span<QELVARDOSNewFile> files) 
     Next().WriteAllNew(files);
     return;
   }
-  callers_->ForEach(files.size(), [&](std::size_t at) {
+  const Order order(files, [](const QELVARDOSNewFile& file) -> const std::string& { return file.path; });
+  callers_->ForEach(order.numbers, order.folders, [&](std::size_t at) {
     const Change change(callers_.get(), files[at].path);
     Next().WriteAllNew(files.subspan(at, 1));
   });
@@ -331,7 +358,8 @@ std::vector<std::error_code> QELVARDOSParallelFileLayer::MakeFoldersDurable(cons
     return Next().MakeFoldersDurable(folders);
   }
   std::vector<std::error_code> errors(folders.size());
-  callers_->ForEach(folders.size(),
+  const Order order(folders, [](const std::string& folder) -> const std::string& { return folder; });
+  callers_->ForEach(order.numbers, folders.size(),
                     [&](std::size_t at) { errors[at] = Next().MakeFoldersDurable({folders[at]}).front(); });
   return errors;
 }
@@ -347,7 +375,8 @@ void QELVARDOSParallelFileLayer::RenameAll(std::span<QELVARDOSFileRenaming> file
     Next().RenameAll(files);
     return;
   }
-  callers_->ForEach(files.size(), [&](std::size_t at) {
+  const Order order(files, [](const QELVARDOSFileRenaming& file) -> const std::string& { return file.to; });
+  callers_->ForEach(order.numbers, order.folders, [&](std::size_t at) {
     const Change ofOld(callers_.get(), files[at].from);
     const Change ofNew(callers_.get(), files[at].to);
     Next().RenameAll(files.subspan(at, 1));
