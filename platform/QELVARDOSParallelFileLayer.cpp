@@ -187,24 +187,17 @@ class QELVARDOSParallelFileLayer::Callers {
     return facts;
   }
 
-  /// Calls each for every number in order, side by side where that pays. folders: how many these are in.
+  /// Calls each for every number in order, side by side where that pays. folders: how many these are in. each answers
+  /// how it ended; where too many files were open at once it is called again when the others are done.
   void ForEach(const std::vector<std::size_t>& order, std::size_t folders,
-               const std::function<void(std::size_t)>& each) {
+               const std::function<std::error_code(std::size_t)>& each) {
     Caller* const caller = Own();
     std::size_t done = 0;
     for (; done < order.size() && (caller == nullptr || writing_.Threads() == 0); ++done) {
-      Timed(writing_, [&] { return each(order[done]), 0; });
+      Timed(writing_, [&] { return each(order[done]); });
     }
-    if (done == order.size()) {
-      return;
-    }
-    const auto writers = static_cast<int>(std::min<std::size_t>(folders * WritersInFolder, MostJobs));
-    const Clock::time_point start = Clock::now();
-    ForEachSideBySide(caller->workers, std::min(writing_.Threads(), writers - 1), order.size() - done,
-                      [&](std::size_t number) { each(order[done + number]); });
-    const Clock::duration took = (Clock::now() - start) / static_cast<Clock::rep>(order.size() - done);
-    for (; done < order.size(); ++done) {
-      writing_.Waited(took);
+    if (done < order.size()) {
+      SideBySide(*caller, {order.begin() + static_cast<std::ptrdiff_t>(done), order.end()}, folders, each);
     }
   }
 
@@ -236,6 +229,22 @@ class QELVARDOSParallelFileLayer::Callers {
     const std::scoped_lock guard(mutex_);
     const auto place = callers_.find(std::this_thread::get_id());
     return place == callers_.end() ? nullptr : &place->second;
+  }
+
+  void SideBySide(Caller& caller, const std::vector<std::size_t>& order, std::size_t folders,
+                  const std::function<std::error_code(std::size_t)>& each) {
+    const auto writers = static_cast<int>(std::min<std::size_t>(folders * WritersInFolder, MostJobs));
+    std::vector<std::error_code> errors(order.size());
+    const Clock::time_point start = Clock::now();
+    ForEachSideBySide(caller.workers, std::min(writing_.Threads(), writers - 1), order.size(),
+                      [&](std::size_t at) { errors[at] = each(order[at]); });
+    const Clock::duration took = (Clock::now() - start) / static_cast<Clock::rep>(order.size());
+    for (std::size_t at = 0; at < order.size(); ++at) {
+      writing_.Waited(took);
+      if (errors[at] == std::errc::too_many_files_open || errors[at] == std::errc::too_many_files_open_in_system) {
+        each(order[at]);
+      }
+    }
   }
 
   void Waited(bool isTimed, Clock::time_point start) {
@@ -350,6 +359,7 @@ void QELVARDOSParallelFileLayer::WriteAllNew(std::span<QELVARDOSNewFile> files) 
   callers_->ForEach(order.numbers, order.folders, [&](std::size_t at) {
     const Change change(callers_.get(), files[at].path);
     Next().WriteAllNew(files.subspan(at, 1));
+    return files[at].error;
   });
 }
 
@@ -360,7 +370,7 @@ std::vector<std::error_code> QELVARDOSParallelFileLayer::MakeFoldersDurable(cons
   std::vector<std::error_code> errors(folders.size());
   const Order order(folders, [](const std::string& folder) -> const std::string& { return folder; });
   callers_->ForEach(order.numbers, folders.size(),
-                    [&](std::size_t at) { errors[at] = Next().MakeFoldersDurable({folders[at]}).front(); });
+                    [&](std::size_t at) { return errors[at] = Next().MakeFoldersDurable({folders[at]}).front(); });
   return errors;
 }
 
@@ -380,6 +390,7 @@ void QELVARDOSParallelFileLayer::RenameAll(std::span<QELVARDOSFileRenaming> file
     const Change ofOld(callers_.get(), files[at].from);
     const Change ofNew(callers_.get(), files[at].to);
     Next().RenameAll(files.subspan(at, 1));
+    return files[at].error;
   });
 }
 

@@ -26,6 +26,13 @@
 
 namespace {
 
+/// A writer holds many folders at a time, and its client opens files too: of what a process may have open, and numbers
+/// from the bottom, half is left to others.
+bool LeavesDescriptors(int descriptor) {
+  rlimit limit{};
+  return getrlimit(RLIMIT_NOFILE, &limit) == 0 && static_cast<rlim_t>(descriptor) < limit.rlim_cur / 2;
+}
+
 /// Finds files below the folder that is asked for again and again without walking its path each time: that saves a
 /// microsecond of the six or so that looking at a record takes.
 class Lookups {
@@ -95,6 +102,9 @@ class Lookups {
     constexpr int SeenBefore = 3;
     if (folder.open == nullptr && ++folder.seen > SeenBefore) {
       folder.open = std::make_unique<Descriptor>(folder.prefix, O_PATH | O_DIRECTORY);
+      if (!LeavesDescriptors(folder.open->Number())) {
+        folder.open->Close();
+      }
     }
     return folder.open != nullptr && folder.open->IsOpen();
   }
@@ -178,13 +188,6 @@ bool IsForeignLink(const std::string& path) {
   struct stat above {};
   const std::string folder = std::filesystem::path(path).parent_path().string();
   return stat(FolderName(folder).c_str(), &above) != 0 || above.st_uid != link.st_uid;
-}
-
-/// A writer holds many folders at a time, and its client opens files too: of what a process may have open, and numbers
-/// from the bottom, half is left to others.
-bool LeavesDescriptors(int descriptor) {
-  rlimit limit{};
-  return getrlimit(RLIMIT_NOFILE, &limit) == 0 && static_cast<rlim_t>(descriptor) < limit.rlim_cur / 2;
 }
 
 /// Whoever removes left-overs is done soon, so a writer waits for that, but not for ever.
