@@ -46,7 +46,7 @@ int ParseAndRun(int argc, char** argv) {
   program.add_option("--trace", traceFile, "Write what the module does, line by line, to FILE; - for standard output.")
       ->option_text("FILE");
   int jobs = QELVARDOSParallelFileLayer::JobsFoundOut;
-  program.add_option("--jobs", jobs, "Look at N files at once; 1: at one after another; left out: found out.")
+  program.add_option("--jobs", jobs, "Work on N files at once; 1: on one after another; left out: found out.")
       ->option_text("N")
       ->check(CLI::Range(1, QELVARDOSParallelFileLayer::MostJobs));
   program.footer(
