@@ -56,7 +56,7 @@ void QELVARDOSFileLayer::RenameAll(std::span<QELVARDOSFileRenaming> files) {
 
 bool QELVARDOSFileLayer::WantsNotice() const { return false; }
 
-void QELVARDOSFileLayer::LookAhead(std::vector<QELVARDOSFileLook> /*looks*/) {}
+void QELVARDOSFileLayer::LookAhead(std::vector<QELVARDOSFileLook>&& /*looks*/) {}
 
 QELVARDOSFileLayer& QELVARDOSFileLayer::Current() { return layerInUse == nullptr ? System() : *layerInUse; }
 

@@ -106,8 +106,8 @@ class ZYM_EXPORT QELVARDOSFileLayer {
 
   /// Between the two calls many files are looked up by Stat and Read, and the layer may keep folders open to find them
   /// faster; it may not notice then that such a folder was replaced by another of its name. It may also answer a thread
-  /// that asks for the same facts twice in a row as it did before. The calls nest, in each thread by themselves. Both do
-  /// nothing here; use QELVARDOSFileLookups.
+  /// that asks for the same facts twice in a row as it did before. The calls nest, in each thread by themselves. Both
+  /// do nothing here; use QELVARDOSFileLookups.
   virtual void BeginLookups();
   virtual void EndLookups();
 
@@ -148,7 +148,7 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   /// Tells which looks this thread will take soon, as far as is known, in their order: a hint between BeginLookups and
   /// EndLookups. Others may come, and some of these may not. What was told of before the last notice may be forgotten.
   /// Does nothing here; use QELVARDOSFileNotices.
-  virtual void LookAhead(std::vector<QELVARDOSFileLook> looks);
+  virtual void LookAhead(std::vector<QELVARDOSFileLook>&& looks);
 
   /// The layer in use: the system's own unless a host has put another there.
   static QELVARDOSFileLayer& Current();
@@ -218,7 +218,7 @@ class ZYM_EXPORT QELVARDOSFileLayerFilter : public QELVARDOSFileLayer {
     next_.Replaced(path, outcome, error);
   }
   bool WantsNotice() const override { return next_.WantsNotice(); }
-  void LookAhead(std::vector<QELVARDOSFileLook> looks) override { next_.LookAhead(std::move(looks)); }
+  void LookAhead(std::vector<QELVARDOSFileLook>&& looks) override { next_.LookAhead(std::move(looks)); }
 
  protected:
   QELVARDOSFileLayer& Next() noexcept { return next_; }

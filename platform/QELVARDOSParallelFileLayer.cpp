@@ -401,7 +401,7 @@ std::error_code QELVARDOSParallelFileLayer::Remove(const std::string& path) {
 
 bool QELVARDOSParallelFileLayer::WantsNotice() const { return callers_ != nullptr && callers_->Threads() > 0; }
 
-void QELVARDOSParallelFileLayer::LookAhead(std::vector<QELVARDOSFileLook> looks) {
+void QELVARDOSParallelFileLayer::LookAhead(std::vector<QELVARDOSFileLook>&& looks) {
   if (callers_ != nullptr) {
     callers_->Add(std::move(looks));
   }

@@ -7,15 +7,15 @@
 #include "platform/ZYMExport.h"
 
 /// Has looks that were told of taken ahead of time, and files created and renamed, several side by side, in threads of
-/// its own: for disks where each step is waited for, as on a file server. It goes in front of the layer whose Stat, Read,
-/// List, WriteAllNew, RenameAll and MakeFoldersDurable it so calls, and BeginLookups and EndLookups in each of its
-/// threads; that layer must bear these from several threads at once, as the system's own does. All else is done in the
-/// thread of the caller.
+/// its own: for disks where each step is waited for, as on a file server. It goes in front of the layer whose Stat,
+/// Read, List, WriteAllNew, RenameAll and MakeFoldersDurable it so calls, and BeginLookups and EndLookups in each of
+/// its threads; that layer must bear these from several threads at once, as the system's own does. All else is done in
+/// the thread of the caller.
 ///
-/// What a look saw is handed out once, to the thread that told of it and before its outermost EndLookups: so it is never
-/// older than the call that asks. Whatever is changed through this layer loses what was seen there and below. What was
-/// not told of, or not begun when it is asked for, is looked at in the caller's thread. Where several records of a folder
-/// were missing, the folder is listed, and what the listing does not name is missing too.
+/// What a look saw is handed out once, to the thread that told of it and before its outermost EndLookups: so it is
+/// never older than the call that asks. Whatever is changed through this layer loses what was seen there and below.
+/// What was not told of, or not begun when it is asked for, is looked at in the caller's thread. Where several records
+/// of a folder were missing, the folder is listed, and what the listing does not name is missing too.
 ///
 /// The threads end with the outermost EndLookups of the caller, at the latest with the layer. At most 16 MiB of content
 /// are held. Several threads may call the layer at once.
@@ -42,7 +42,7 @@ class ZYM_EXPORT QELVARDOSParallelFileLayer : public QELVARDOSFileLayerFilter {
   void RenameAll(std::span<QELVARDOSFileRenaming> files) override;
   std::error_code Remove(const std::string& path) override;
   bool WantsNotice() const override;
-  void LookAhead(std::vector<QELVARDOSFileLook> looks) override;
+  void LookAhead(std::vector<QELVARDOSFileLook>&& looks) override;
 
  private:
   class Callers;

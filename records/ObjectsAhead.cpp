@@ -44,7 +44,7 @@ ZYMIDOMElement_var ObjectsAhead::GoTo(int object) {
   while (node_ < count) {
     ZYMIDOMNode_var node;
     nodes_->item(node_++, node);
-    const ZYMIDOMElement_var element(node);
+    ZYMIDOMElement_var element(node);
     if (element && object_++ == object) {
       return element;
     }

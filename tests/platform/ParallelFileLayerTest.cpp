@@ -160,7 +160,7 @@ TEST_F(ParallelFileLayerTest, no_more_is_held_than_there_is_room_for_and_nothing
     disk_.files[looks.back().path] = std::string(Size, static_cast<char>('0' + number % 10));
   }
   Begin();
-  layer_.LookAhead(looks);
+  layer_.LookAhead(Looks(looks));
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   EXPECT_LE(static_cast<std::size_t>(disk_.elsewhere) * Size, std::size_t{17} << 20U);
   for (const QELVARDOSFileLook& look : looks) {

@@ -28,7 +28,7 @@ class ToldLayer : public QELVARDOSFileLayerFilter {
     return Next().Read(path, bytes, atMost);
   }
   bool WantsNotice() const override { return looks >= wantedFrom; }
-  void LookAhead(Looks coming) override {
+  void LookAhead(Looks&& coming) override {
     told.insert(told.end(), coming.begin(), coming.end());
     ahead.insert(ahead.end(), coming.begin(), coming.end());
     most = std::max(most, ahead.size());

@@ -80,8 +80,9 @@ TEST(ThreadsTest, callers_whose_looks_are_taken_ahead_see_what_they_would_see_by
     for (int object = 0; object < Objects; ++object) {
       const std::string name = "p" + std::to_string(object) + ".prt";
       client.folder.PutFile(name, 100);
-      objects += "<cadobject cadid='" + name + "' type='part' filename='" + name + "' dirname='" +
-                 client.folder.Root() + "' selected='true' ceStamp='" + std::to_string(number) + "'/>";
+      objects.append("<cadobject cadid='").append(name).append("' type='part' filename='").append(name);
+      objects.append("' dirname='").append(client.folder.Root()).append("' selected='true' ceStamp='");
+      objects.append(std::to_string(number)).append("'/>");
     }
     client.folder.Put("many.xml", "<response cname='checkoutEx'><info><cadobjectlist>" + objects +
                                       "</cadobjectlist></info></response>");
