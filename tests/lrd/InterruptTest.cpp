@@ -72,9 +72,18 @@ class InterruptTest : public LrdTest {
     return std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - begin);
   }
 
-  /// One object of a request.
-  static std::string Asked(const std::string& name) {
-    return "<cadobject cadid='" + name + "' filename='" + name + ".prt.1' dirname='work'/>";
+  /// Sends SIGINT and SIGTERM in turn, at any moment of a run of that length. What was under way is given up whole, or
+  /// the run succeeds.
+  Ran LrdEndedSometime(const Arguments& arguments, int run, microseconds length) {
+    const int signal = run % 2 == 1 ? SIGTERM : SIGINT;
+    const microseconds after(std::uniform_int_distribution<std::int64_t>(0, length.count())(random_));
+    Ran ran = LrdSignalled(arguments, signal, after);
+    EXPECT_THAT(ran.status, AnyOf(0, 128 + signal));
+    EXPECT_EQ(ran.err, ran.status == 0 ? "" : signal == SIGTERM ? "lrd: terminated\n" : "lrd: interrupted\n");
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(".")) {
+      EXPECT_FALSE(QELVARDOSFileTransaction::IsTemporaryName(entry.path().filename().string())) << entry.path();
+    }
+    return ran;
   }
 
   std::vector<std::string> Records() const {
@@ -83,12 +92,6 @@ class InterruptTest : public LrdTest {
       files.push_back(Slurp("work/.KORVANTHEMIX/" + name + ".prt.xml"));
     }
     return files;
-  }
-
-  static void ExpectNoTemporary() {
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(".")) {
-      EXPECT_FALSE(QELVARDOSFileTransaction::IsTemporaryName(entry.path().filename().string())) << entry.path();
-    }
   }
 
   std::vector<std::string> names_;
@@ -110,13 +113,8 @@ TEST_F(InterruptTest, recording_that_is_interrupted_leaves_each_record_old_or_ne
   present.records = Records();
   std::set<int> statuses;
   for (int run = 0; run < 10; ++run) {
-    const int signal = run % 2 == 1 ? SIGTERM : SIGINT;
-    const microseconds after(std::uniform_int_distribution<std::int64_t>(0, whole.count())(random_));
-    const Ran ran = LrdSignalled(wanted.record, signal, after);
+    const Ran ran = LrdEndedSometime(wanted.record, run, whole);
     statuses.insert(ran.status);
-    EXPECT_THAT(ran.status, AnyOf(0, 128 + signal));
-    EXPECT_EQ(ran.err, ran.status == 0 ? "" : signal == SIGTERM ? "lrd: terminated\n" : "lrd: interrupted\n");
-    ExpectNoTemporary();
     // Records change once all are ready, and then all of them do.
     const std::vector<std::string> found = Records();
     EXPECT_TRUE(found == (ran.out.empty() ? present.records : wanted.records)) << "run " << run;
@@ -132,7 +130,7 @@ TEST_F(InterruptTest, recording_that_is_interrupted_leaves_each_record_old_or_ne
 TEST_F(InterruptTest, a_result_is_replaced_whole_or_not_at_all) {
   std::string objects;
   for (const std::string& name : names_) {
-    objects += Asked(name);
+    objects += "<cadobject cadid='" + name + "' filename='" + name + ".prt.1' dirname='work'/>";
     PutObject("work", name + ".prt.1", name + ".prt", Record("PH-" + name));
   }
   Put("request.xml", Request(objects));
@@ -140,13 +138,9 @@ TEST_F(InterruptTest, a_result_is_replaced_whole_or_not_at_all) {
   const microseconds duration = Duration(recognise);
   const std::string whole = Slurp("out.xml");
   for (int run = 0; run < 16; ++run) {
-    const int signal = run % 2 == 1 ? SIGTERM : SIGINT;
     Put("out.xml", "as it was");
-    const microseconds after(std::uniform_int_distribution<std::int64_t>(0, duration.count())(random_));
-    const Ran ran = LrdSignalled(recognise, signal, after);
-    EXPECT_THAT(ran.status, AnyOf(0, 128 + signal));
+    LrdEndedSometime(recognise, run, duration);
     EXPECT_THAT(Slurp("out.xml"), AnyOf("as it was", whole));
-    ExpectNoTemporary();
   }
   EXPECT_EQ(Lrd(recognise).status, 0);
   EXPECT_EQ(Slurp("out.xml"), whole);

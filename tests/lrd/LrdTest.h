@@ -138,14 +138,6 @@ class LrdTest : public testing::Test {
   }
   Ran Lrd(const Arguments& arguments, int standardOutput = -1) const { return Wait(Start(arguments, standardOutput)); }
 
-  /// Runs with a standard output that refuses every byte.
-  Ran LrdFull(const Arguments& arguments) const {
-    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    Ran ran = Lrd(arguments, full);
-    close(full);
-    return ran;
-  }
-
   /// Runs with a reader that has gone before the first byte.
   Ran LrdUnread(const Arguments& arguments) const {
     int ends[2];

@@ -1,18 +1,13 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <string>
 #include <utility>
 
 #include "lrd/Printable.h"
-#include "tests/lrd/LrdTest.h"
 
 using lrd::InHexadecimal;
 using lrd::IsUtf8;
 using lrd::Printable;
-using testing::AllOf;
-using testing::HasSubstr;
 
 namespace {
 
@@ -62,39 +57,6 @@ TEST(PrintableTest, characters_of_every_length_are_told_from_bytes_that_are_none
     EXPECT_EQ(Printable(bytes), spelt);
     EXPECT_FALSE(IsUtf8(bytes)) << spelt;
   }
-}
-
-/// Names that a line cannot hold as they are.
-class OddNamesTest : public LrdTest {
- protected:
-  OddNamesTest() {
-    PutObject(folder_, "a.prt.1", "a.prt", Record("PH\u009b"));
-    Put("response.xml", CheckOut("odd&#10;\\\u0085", {"a"}));
-  }
-  std::string folder_ = "odd\n\\\u0085";
-  std::string printed_ = R"(odd\x0a\\\xc2\x85)";
-};
-
-TEST_F(OddNamesTest, every_command_prints_a_line_for_a_name) {
-  const std::string record = "/.KORVANTHEMIX/a.prt.xml";
-  EXPECT_EQ(Lrd({"status", folder_, "--config", "config.xml"}).out,
-            "E " + printed_ +
-                "/a.prt.1\n1 object: 1 EXISTS, 0 MODIFIED, 0 UNKNOWN, 0 DAMAGED; "
-                "0 records without object file\n");
-  EXPECT_THAT(Lrd({"show", folder_ + record}).out,
-              AllOf(testing::StartsWith(printed_ + record + "\n"), HasSubstr(R"(PH\xc2\x9b)"),
-                    HasSubstr(" " + printed_ + "/a.prt.1, ")));
-  EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml"}).out, printed_ + record + "\n");
-  EXPECT_EQ(Lrd({"record", "response.xml", "--config", "config.xml", "-0"}).out, folder_ + record + '\0');
-  std::filesystem::remove(folder_ + "/a.prt.1");
-  EXPECT_EQ(Lrd({"check", folder_}).out, printed_ + record + ": its object file is gone\n1 record, 1 finding\n");
-  EXPECT_EQ(Lrd({"check", "no\x1b\xff"}).err, R"(lrd: no\x1b\xff: No such file or directory)"
-                                              "\n");
-
-  const Ran traced = Lrd({"--trace", "-", "recognize", "response.xml", "--config", "config.xml", "-o", "out.xml"});
-  EXPECT_EQ(traced.status, 0) << traced.err;
-  EXPECT_EQ(traced.out.find('\\' + std::string("\n")), std::string::npos);
-  EXPECT_EQ(traced.out.find("\u0085"), std::string::npos);
 }
 
 }  // namespace
