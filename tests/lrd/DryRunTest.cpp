@@ -8,27 +8,12 @@
 
 #include "lrd/DryRunLayer.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TestLayer.h"
 
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 namespace {
-
-/// The real disk, with its calls counted.
-class CountingDisk : public QELVARDOSFileLayerFilter {
- public:
-  CountingDisk() : QELVARDOSFileLayerFilter(System()) {}
-  QELVARDOSFileFacts Stat(const std::string& path) override {
-    ++calls;
-    return Next().Stat(path);
-  }
-  std::error_code List(const std::string& folder, std::vector<std::string>& names) override {
-    ++calls;
-    return Next().List(folder, names);
-  }
-
-  int calls = 0;
-};
 
 class DryRunTest : public testing::Test {
  protected:
@@ -40,7 +25,7 @@ class DryRunTest : public testing::Test {
   bool Exists(const std::string& path) { return layer_.Stat(path).Exists(); }
 
   ScratchFolder folder_;
-  CountingDisk disk_;
+  TestLayer disk_;
   lrd::DryRunLayer layer_{disk_};
   std::error_code error_;
 };
@@ -85,11 +70,11 @@ TEST_F(DryRunTest, listing_a_folder_does_not_look_at_what_is_in_others) {
     ASSERT_FALSE(layer_.MakeFolder(name(number)));
     ASSERT_FALSE(layer_.WriteNew(name(number) + "/x", "", ""));
   }
-  disk_.calls = 0;
+  disk_.calls.clear();
   for (int number = 0; number < Count; ++number) {
     EXPECT_THAT(List(name(number) + "/"), UnorderedElementsAre("x"));
   }
-  EXPECT_LE(disk_.calls, Count);
+  EXPECT_LE(disk_.calls.size(), static_cast<std::size_t>(Count));
 }
 
 }  // namespace

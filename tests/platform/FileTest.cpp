@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -26,6 +27,7 @@
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/QELXVARDOSCreoUtil.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TestLayer.h"
 
 namespace fs = std::filesystem;
 
@@ -37,7 +39,7 @@ using Kind = QELVARDOSFileFacts::Kind;
 class FileTest : public testing::Test {
  protected:
   std::string At(const std::string& name) const { return scratch_.At(name); }
-  void Put(const std::string& name, const std::string& text) const { std::ofstream(At(name)) << text; }
+  void Put(const std::string& name, const std::string& text) const { scratch_.Put(name, text); }
   /// Every name in the folder; a subfolder reads as "/".
   Folder Content() const {
     Folder content;
@@ -62,103 +64,21 @@ class FileTest : public testing::Test {
   const std::string& root_ = scratch_.Root();
 };
 
-/// Notes what becomes of each file and can refuse one operation for one name, or raise there.
-class WatchingLayer : public QELVARDOSFileLayerFilter {
- public:
-  WatchingLayer() : QELVARDOSFileLayerFilter(System()) {}
-
-  std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) override {
-    written.emplace_back(bytes);
-    return Next().WriteNew(path, bytes, like);
-  }
-  std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) override {
-    std::vector<std::error_code> errors = Next().MakeDurable(paths);
-    for (std::size_t at = 0; at < paths.size(); ++at) {
-      if (written.at(written.size() - paths.size() + at) == durableFails) {
-        errors[at] = std::make_error_code(std::errc::io_error);
-      }
-    }
-    return errors;
-  }
-  std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& paths) override {
-    flushedFolders.insert(flushedFolders.end(), paths.begin(), paths.end());
-    std::vector<std::error_code> errors = Next().MakeFoldersDurable(paths);
-    for (std::size_t at = 0; at < paths.size(); ++at) {
-      if (paths[at].ends_with(folderFails)) {
-        errors[at] = std::make_error_code(std::errc::io_error);
-      }
-    }
-    return errors;
-  }
-  std::error_code List(const std::string& folder, std::vector<std::string>& names) override {
-    ++listings;
-    return Next().List(folder, names);
-  }
-  std::error_code Rename(const std::string& from, const std::string& to) override {
-    if (to.ends_with(renameThrows)) {
-      throw std::runtime_error("no more");
-    }
-    return to.ends_with(renameFails) ? std::make_error_code(std::errc::no_space_on_device) : Next().Rename(from, to);
-  }
-  void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {
-    EXPECT_EQ(outcome == QELVARDOSReplacement::Failed, static_cast<bool>(error));
-    fates.emplace_back(fs::path(path).filename().string(), outcome);
-  }
-
-  std::string durableFails = "no such text";
-  std::string folderFails = "no such name";
-  std::string renameFails = "no such name";
-  std::string renameThrows = "no such name";
-  std::vector<std::string> written;
-  std::vector<std::string> flushedFolders;
-  int listings = 0;
-  std::vector<std::pair<std::string, QELVARDOSReplacement>> fates;
-
- private:
-  const QELVARDOSUseFileLayer use_{*this};
-};
-
 /// Behaves as if the process ended in the middle of the last operation that it lets pass.
-class StoppingLayer : public QELVARDOSFileLayerFilter {
+class StoppingLayer : public TestLayer {
  public:
-  explicit StoppingLayer(int operations) : QELVARDOSFileLayerFilter(System()), left_(operations) {}
+  explicit StoppingLayer(int operations)
+      : TestLayer([this](const std::string&, const std::string&) {
+          return left_-- > 0 ? std::error_code() : make_error_code(std::errc::operation_canceled);
+        }),
+        left_(operations) {}
   bool Stopped() const { return left_ <= 0; }
-
-  QELVARDOSFileFacts Stat(const std::string& path) override {
-    return Pass() ? Next().Stat(path) : QELVARDOSFileFacts();
-  }
-  std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
-    return Pass() ? Next().Read(path, bytes, atMost) : Nothing();
-  }
-  std::error_code List(const std::string& folder, std::vector<std::string>& names) override {
-    return Pass() ? Next().List(folder, names) : Nothing();
-  }
-  std::error_code ClaimFolder(const std::string& folder, QELVARDOSFolderUse use, QELVARDOSFolderClaim& claim) override {
-    return Pass() ? Next().ClaimFolder(folder, use, claim) : Nothing();
-  }
   std::error_code WriteNew(const std::string& path, std::string_view bytes, const std::string& like) override {
-    if (!Pass()) {
-      return Nothing();
-    }
-    return Next().WriteNew(path, Stopped() ? bytes.substr(0, bytes.size() / 2) : bytes, like);
+    return TestLayer::WriteNew(path, left_ == 1 ? bytes.substr(0, bytes.size() / 2) : bytes, like);
   }
-  std::vector<std::error_code> MakeDurable(const std::vector<std::string>& paths) override {
-    return Pass() ? Next().MakeDurable(paths) : std::vector(paths.size(), Nothing());
-  }
-  std::vector<std::error_code> MakeFoldersDurable(const std::vector<std::string>& paths) override {
-    return Pass() ? Next().MakeFoldersDurable(paths) : std::vector(paths.size(), Nothing());
-  }
-  std::error_code Rename(const std::string& from, const std::string& to) override {
-    return Pass() ? Next().Rename(from, to) : Nothing();
-  }
-  std::error_code Remove(const std::string& path) override { return Pass() ? Next().Remove(path) : Nothing(); }
 
  private:
-  bool Pass() { return left_-- > 0; }
-  static std::error_code Nothing() { return std::make_error_code(std::errc::operation_canceled); }
-
   int left_;
-  const QELVARDOSUseFileLayer use_{*this};
 };
 
 mode_t ModeOf(const std::string& path) {
@@ -465,7 +385,7 @@ TEST_F(FileTest, make_dirs_makes_all_parents_and_says_what_is_in_the_way) {
 }
 
 TEST_F(FileTest, a_transaction_replaces_all_keeps_modes_and_leaves_equal_files_alone) {
-  WatchingLayer layer;
+  TestLayer layer;
   const std::string longName(255, 'l');
   const mode_t mask = umask(027);
   Put("changed", "old");
@@ -486,14 +406,12 @@ TEST_F(FileTest, a_transaction_replaces_all_keeps_modes_and_leaves_equal_files_a
   EXPECT_EQ(InodeOf(At("same")), inode);
   EXPECT_EQ(ModeOf(At("changed")), 0606U);
   EXPECT_EQ(ModeOf(At(longName)), 0640U);
-  using enum QELVARDOSReplacement;
-  EXPECT_EQ(layer.fates,
-            (decltype(layer.fates){
-                {"changed", Written}, {"same", AlreadyTheSame}, {"resized", Written}, {longName, Written}}));
+  EXPECT_EQ(layer.fates, (TestLayer::Names{"changed: written", "same: already the same", "resized: written",
+                                           longName + ": written"}));
 }
 
 TEST_F(FileTest, of_two_replacements_of_one_file_the_last_stays_even_if_it_is_what_the_disk_held) {
-  WatchingLayer layer;
+  TestLayer layer;
   Put("back", "old");
   QELVARDOSFileTransaction transaction;
   for (const char* text : {"1", "2", "3"}) {
@@ -507,12 +425,16 @@ TEST_F(FileTest, of_two_replacements_of_one_file_the_last_stays_even_if_it_is_wh
 }
 
 TEST_F(FileTest, one_failure_leaves_the_old_file_and_does_not_stop_the_others) {
-  WatchingLayer layer;
+  bool flushFails = false;
+  TestLayer layer([&flushFails](const std::string& operation, const std::string&) {
+    return operation == "MakeDurable" && std::exchange(flushFails, false) ? make_error_code(std::errc::io_error)
+                                                                          : std::error_code();
+  });
   Put("refused", "old");
   Put("durable", "old");
   fs::create_directory(At("folder"));
   fs::create_directory(At("vanishing"));
-  layer.renameFails = "refused";
+  layer.failing["Rename " + At("refused")] = std::errc::no_space_on_device;
   QELVARDOSFileTransaction transaction;
   EXPECT_EQ(transaction.Replace(At("none/file"), "new"), std::errc::no_such_file_or_directory);
   EXPECT_EQ(QELVARDOSSystemUtils::LastError(), At("none/file") + ": No such file or directory");
@@ -531,7 +453,7 @@ TEST_F(FileTest, one_failure_leaves_the_old_file_and_does_not_stop_the_others) {
   EXPECT_EQ(Content(), expected);
   EXPECT_EQ(layer.fates.size(), 6U);
 
-  layer.durableFails = "lost";
+  flushFails = true;
   EXPECT_FALSE(transaction.Replace(At("durable"), "lost"));
   EXPECT_FALSE(transaction.Replace(At("good"), "better"));
   EXPECT_EQ(transaction.Commit().size(), 1U) << "a flush that fails for one file fails that one";
@@ -539,23 +461,22 @@ TEST_F(FileTest, one_failure_leaves_the_old_file_and_does_not_stop_the_others) {
 }
 
 TEST_F(FileTest, folders_are_flushed_once_after_the_renames_and_new_folders_in_the_folder_above) {
-  WatchingLayer layer;
+  TestLayer layer;
   ASSERT_EQ(QELVARDOSPathUtils::MakeDirs(At("a/b").c_str()), S_OK);
   fs::create_directory(At("c"));
-  EXPECT_EQ(layer.flushedFolders, (std::vector{root_, At("a")}));
-  layer.flushedFolders.clear();
+  EXPECT_EQ(layer.Of("MakeFoldersDurable"), (std::vector{root_ + " " + At("a")}));
+  layer.calls.clear();
   Put("c/same", "same");
   QELVARDOSFileTransaction transaction;
   for (const char* name : {"a/b/1", "c/same", "a/b/2", "a/1"}) {
     EXPECT_FALSE(transaction.Replace(At(name), "same"));
   }
   EXPECT_TRUE(transaction.Commit().empty());
-  EXPECT_EQ(layer.flushedFolders, (std::vector{root_, At("a"), At("a/b"), At("c")}))
+  EXPECT_EQ(layer.Of("MakeFoldersDurable"), (std::vector{root_ + " " + At("a ") + At("a/b ") + At("c")}))
       << "a process that ended after its rename may have left the folder of an equal file unflushed, and one that made "
          "a folder the folder above it";
 
-  layer.folderFails = "/b";
-  layer.fates.clear();
+  layer.failing["MakeFoldersDurable " + At("a/b")] = std::errc::io_error;
   EXPECT_FALSE(transaction.Replace(At("a/b/1"), "new"));
   EXPECT_FALSE(transaction.Replace(At("a/1"), "new"));
   const auto failures = transaction.Commit();
@@ -573,8 +494,9 @@ TEST_F(FileTest, folders_are_flushed_once_after_the_renames_and_new_folders_in_t
 }
 
 TEST_F(FileTest, a_layer_that_throws_leaves_no_temporary_and_tells_what_became_of_each_file) {
-  WatchingLayer layer;
-  layer.renameThrows = "b";
+  const TestLayer layer([](const std::string& operation, const std::string& path) {
+    return operation == "Rename" && path.ends_with("/b") ? throw std::runtime_error("no more") : std::error_code();
+  });
   {
     QELVARDOSFileTransaction transaction;
     for (const char* name : {"a", "b", "c"}) {
@@ -583,12 +505,16 @@ TEST_F(FileTest, a_layer_that_throws_leaves_no_temporary_and_tells_what_became_o
     EXPECT_THROW(transaction.Commit(), std::runtime_error);
   }
   EXPECT_EQ(Content(), (Folder{{"a", "new"}}));
-  using enum QELVARDOSReplacement;
-  EXPECT_EQ(layer.fates, (decltype(layer.fates){{"a", Failed}, {"b", Failed}, {"c", Failed}}))
+  EXPECT_EQ(layer.fates.size(), 3U);
+  EXPECT_THAT(layer.fates, testing::Not(testing::Contains(testing::EndsWith("written"))))
       << "what was renamed is there, but its folder was not flushed";
 }
 
-TEST_F(FileTest, transactions_nest_and_know_their_own_files) {
+TEST_F(FileTest, transactions_nest_and_know_their_own_files_and_leave_nothing_when_abandoned) {
+  const TestLayer layer;
+  EXPECT_FALSE(QELVARDOSFileTransaction().Replace(At("abandoned"), "new"));
+  EXPECT_EQ(Content(), Folder());
+  EXPECT_EQ(layer.fates.size(), 1U);
   QELVARDOSFileTransaction outer;
   EXPECT_FALSE(outer.Replace(At("outer"), WrittenAtOnce));
   EXPECT_FALSE(QELVARDOSReplaceFile(At("inner"), "2"));
@@ -691,20 +617,6 @@ TEST_F(FileTest, nothing_is_written_through_links_that_others_could_have_made) {
   }
 }
 
-TEST_F(FileTest, an_abandoned_transaction_leaves_nothing) {
-  WatchingLayer layer;
-  Put("file", "old");
-  {
-    QELVARDOSFileTransaction transaction;
-    EXPECT_FALSE(transaction.Replace(At("file"), WrittenAtOnce));
-    EXPECT_EQ(Temporaries().size(), 1U);
-    EXPECT_FALSE(transaction.Replace(At("file"), "waits for others"));
-  }
-  EXPECT_EQ(Content(), (Folder{{"file", "old"}}));
-  EXPECT_EQ(layer.fates,
-            (decltype(layer.fates){{"file", QELVARDOSReplacement::Failed}, {"file", QELVARDOSReplacement::Failed}}));
-}
-
 TEST_F(FileTest, what_a_dead_writer_left_goes_with_the_next_writing_and_what_a_living_one_needs_stays) {
   Kill(StartStaging(At("file")));
   const std::string leftOver = Temporaries().at(0);
@@ -723,14 +635,14 @@ TEST_F(FileTest, what_a_dead_writer_left_goes_with_the_next_writing_and_what_a_l
 }
 
 TEST_F(FileTest, many_single_writings_into_one_folder_do_not_list_it_each_time) {
-  WatchingLayer layer;
+  TestLayer layer;
   for (int number = 0; number < 2000; ++number) {
     Put("a record with a name as long as they are in real folders " + std::to_string(number), "");
   }
   for (int number = 0; number < 64; ++number) {
     EXPECT_FALSE(QELVARDOSReplaceFile(At("file"), std::to_string(number)));
   }
-  EXPECT_LT(layer.listings, 40);
+  EXPECT_LT(layer.Of("List").size(), 40U);
 }
 
 TEST_F(FileTest, clients_that_write_the_same_files_at_once_leave_each_whole_and_nothing_else) {

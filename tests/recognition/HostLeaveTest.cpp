@@ -13,6 +13,7 @@
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestConfiguration.h"
+#include "tests/support/TestLayer.h"
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
@@ -33,21 +34,6 @@ class Leaver : public QELXIVARDOSObserver {
 
  private:
   int last_;
-};
-
-/// Notes what became of files.
-class FateLayer : public QELVARDOSFileLayerFilter {
- public:
-  FateLayer() : QELVARDOSFileLayerFilter(Current()) {}
-  void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override {
-    const bool isCancelled = outcome == QELVARDOSReplacement::Failed && error == std::errc::operation_canceled;
-    fates.push_back(std::filesystem::path(path).filename().string() + (isCancelled ? " cancelled" : " settled"));
-  }
-
-  mutable std::vector<std::string> fates;
-
- private:
-  const QELVARDOSUseFileLayer use_{*this};
 };
 
 class HostLeaveTest : public ModuleTest {
@@ -99,24 +85,24 @@ TEST_F(HostLeaveTest, recording_ends_before_the_first_file_changes_or_not_at_all
     }
     for (const int last : {1, 2, 3}) {
       Leaver host(last);
-      const FateLayer layer;
+      const TestLayer layer;
       recorder->SetObserver(&host);
       EXPECT_EQ(recorder->CreateOrUpdateLRD(response, RecordMap()), E_ABORT);
       EXPECT_EQ(host.asked.size(), static_cast<std::size_t>(last));
       EXPECT_EQ(host.asked.back(), "record " + std::to_string(last) + " of 3");
       EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "ended by the host");
-      EXPECT_THAT(layer.fates,
-                  UnorderedElementsAre("a.prt.xml cancelled", "b.prt.xml cancelled", "c.prt.xml cancelled"));
+      EXPECT_THAT(layer.fates, UnorderedElementsAre("a.prt.xml: Operation canceled", "b.prt.xml: Operation canceled",
+                                                    "c.prt.xml: Operation canceled"));
       EXPECT_EQ(std::filesystem::exists(folder_.At("work")), hasOldRecord) << "a folder made for nothing goes too";
       EXPECT_EQ(folder_.FileCount(), hasOldRecord ? 1 : 0);
     }
   }
   EXPECT_EQ(folder_.File("work/.KORVANTHEMIX/b.prt.xml"), "old");
   Leaver patient(4);
-  const FateLayer layer;
+  const TestLayer layer;
   recorder->SetObserver(&patient);
   EXPECT_EQ(recorder->CreateOrUpdateLRD(response, RecordMap()), S_OK);
-  EXPECT_THAT(layer.fates, UnorderedElementsAre("a.prt.xml settled", "b.prt.xml settled", "c.prt.xml settled"));
+  EXPECT_THAT(layer.fates, UnorderedElementsAre("a.prt.xml: written", "b.prt.xml: written", "c.prt.xml: written"));
 }
 
 TEST_F(HostLeaveTest, every_way_to_record_tells_that_it_was_ended) {

@@ -9,7 +9,6 @@
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
-#include "tests/support/TraceLines.h"
 
 namespace {
 
@@ -93,20 +92,6 @@ TEST_F(LookupTest, a_record_file_is_found_in_the_composition_or_at_the_first_par
   }
 }
 
-TEST_F(LookupTest, what_is_not_looked_at_opens_no_step) {
-  const TraceLines lines;
-  RecordMap records;
-  EXPECT_EQ(handler_->GetLRDMap(Tree("<unserved/>"), records), S_OK);
-  ZYMIDOMNode_varZYMUnicodeStringDico nodes;
-  ZYMUnicodeStringZYMUnicodeStringDico paths;
-  handler_->GetObjectFileLRDFileFromParent(Tree("<o familyid='f' parentid='unlisted'/>"), nodes, paths);
-  EXPECT_TRUE(lines.HasInOrder({"QELXVARDOSRecognitionHandler::GetLRDMap", "returns 0",
-                                "QELXVARDOSRecognitionHandler::GetObjectFileLRDFileFromParent", "returns 0"}));
-  for (const std::string operation : {"GetCAdIdLRDExceptspecificTypes", "GetObjectFileLRDFileFromComposition"}) {
-    EXPECT_THAT(lines.all, testing::Not(testing::Contains("QELXVARDOSRecognitionHandler::" + operation)));
-  }
-}
-
 TEST_F(LookupTest, of_two_lists_the_match_of_the_last_counts_and_empty_ids_match_nothing) {
   const Records wanted{Rel("1", ""), Rel("2", ""), Rel("3", ""), Rel("", "")};
   const auto find = [&](const Records& among) {
@@ -116,15 +101,6 @@ TEST_F(LookupTest, of_two_lists_the_match_of_the_last_counts_and_empty_ids_match
   };
   EXPECT_EQ(find({Rel("2", "first"), Rel("2", "second"), Rel("1", "one")}), "first");
   EXPECT_EQ(find({Rel("", "empty"), Rel("9", "nine")}), "before");
-}
-
-TEST_F(LookupTest, file_stamps_are_decimal_seconds) {
-  const ScratchFolder folder;
-  folder.PutFile("file", 1'700'000'001);
-  ZYMUnicodeString stamp("old");
-  EXPECT_EQ(&handler_->GetFileTimeStamp(stamp, folder.At("file")), &stamp);
-  EXPECT_EQ(stamp, "1700000001");
-  EXPECT_EQ(handler_->GetFileTimeStamp(stamp, folder.At("none")), "0");
 }
 
 }  // namespace

@@ -5,11 +5,11 @@
 #include "platform/ZYMNullHandleError.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
-#include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestConfiguration.h"
+#include "tests/support/TestLayer.h"
 
 namespace {
 
@@ -153,14 +153,14 @@ TEST_F(ReasonTest, a_call_that_ends_early_says_at_what) {
             Line("torn UNKNOWN", Kind::RecordDamaged,
                  Own("torn") + " file 100: .KORVANTHEMIX/torn.prt.xml:1:1: unclosed token"));
 
-  FaultyLayer layer;
-  layer.unseen[folder_.At(".KORVANTHEMIX/hidden.prt.xml")] = std::errc::permission_denied;
+  TestLayer layer;
+  layer.Hide(folder_.At(".KORVANTHEMIX/hidden.prt.xml"), std::errc::permission_denied);
   EXPECT_EQ(Told(handler_, Request(Object("hidden")), E_FAIL),
             Line("hidden ", Kind::CannotBeLookedAt,
                  Own("hidden") + " file 100: .KORVANTHEMIX/hidden.prt.xml: Permission denied"));
 
   folder_.PutFile("unseen.prt", 100);
-  layer.unseen[folder_.At("unseen.prt")] = std::errc::io_error;
+  layer.Hide(folder_.At("unseen.prt"), std::errc::io_error);
   EXPECT_EQ(Told(handler_, Request(Object("unseen"))),
             Line("unseen UNKNOWN", Kind::NoRecord, Own("unseen") + ": unseen.prt: Input/output error"))
       << "the verdict does not rest on it";

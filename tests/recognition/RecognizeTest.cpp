@@ -11,12 +11,11 @@
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
 #include "tests/support/FailingDom.h"
-#include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
-#include "tests/support/RecordingLayer.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestConfiguration.h"
+#include "tests/support/TestLayer.h"
 #include "tests/support/TraceLines.h"
 
 using testing::Contains;
@@ -99,19 +98,6 @@ TEST_F(RecognizeTest, an_own_record_decides_by_its_stamp_and_writes_what_it_reme
   }
 }
 
-TEST_F(RecognizeTest, empty_values_of_a_record_are_written_but_an_empty_ce_stamp_leaves_the_request_s) {
-  folder_.PutFile("a.prt", 100);
-  const std::string core = "<phid/><objectChangeStamp>100</objectChangeStamp><ceStamp/><hashcode/>";
-  folder_.PutRecord("a.prt", "<object version='1.0'>" + core + "</object>");
-  for (const char* attributes : {"ceStamp='mine'", "ceStamp='mine' xsStamp='XS'", "ceStamp='mine' xsStamp=''"}) {
-    EXPECT_EQ(Verdict(Recognized(Request(Object("a", attributes)))),
-              "status=EXISTS phid= lrdversion=1.0 macroceStamp= xsStamp= hashcodefromlrd= objectChangeStamp=100 "
-              "ceStamp=mine");
-  }
-  folder_.PutRecord("a.prt", "<object version='9.9'>" + core + "</object>");
-  EXPECT_EQ(Brief(Recognized(Request(Object("a"))), "a"), "status=UNKNOWN phid=") << "of an unknown format";
-}
-
 TEST_F(RecognizeTest, a_physical_id_decides_without_a_look_at_the_record) {
   folder_.PutFile("a.prt", 100);
   folder_.PutRecord("a.prt", "damaged");
@@ -192,14 +178,14 @@ TEST_F(RecognizeTest, a_shared_record_is_read_once_in_a_call_and_nothing_on_disk
   }
   folder_.PutFile("f.prt", 100);
   folder_.PutRecord("f.prt", RecordV4("F", "100", entries));
-  const RecordingLayer layer;
-  for (const long round : {1, 2}) {
+  const TestLayer layer;
+  for (const int round : {1, 2}) {
     const ZYMIDOMElement_var request = Recognized(Request(objects));
     EXPECT_EQ(Show(request, "o19", {"status", "phid", "lrdversion"}), "status=EXISTS phid=P19 lrdversion=4.0");
-    EXPECT_EQ(layer.CountReads(folder_.At(".KORVANTHEMIX/f.prt.xml")), 2 * round)
+    EXPECT_THAT(layer.calls, Contains("Read " + folder_.At(".KORVANTHEMIX/f.prt.xml")).Times(2 * round))
         << "as its own, and for all its entries";
   }
-  EXPECT_THAT(layer.changes, IsEmpty());
+  EXPECT_THAT(layer.Changes(), IsEmpty());
 }
 
 TEST_F(RecognizeTest, empty_physical_ids_of_relationships_are_filled_from_own_records) {
@@ -316,15 +302,6 @@ TEST_F(RecognizeTest, the_records_that_the_request_carries_come_back_as_recognis
   EXPECT_EQ(Fields(records["b"]), "phid=B xs=XB version=4.0 cadid=b origin=null flags=write");
 }
 
-TEST_F(RecognizeTest, nothing_is_traced_when_the_trace_is_off) {
-  folder_.PutFile("a.prt", 100);
-  folder_.PutRecord("a.prt", RecordV4("P", "100"));
-  const TraceLines off;
-  QELVARDOSClientTrace::TurnOff();
-  Recognized(Request(Object("a")));
-  EXPECT_THAT(off.all, IsEmpty());
-}
-
 TEST_F(RecognizeTest, a_failing_tree_ends_in_a_status_or_a_null_handle_error_and_leaves_nothing) {
   folder_.PutFile("asm.prt", 1);
   folder_.PutRecord("asm.prt", RecordV4("A", "1", Rel("U", "R", "O") + Entry("o.prt", "O")));
@@ -427,8 +404,8 @@ TEST_F(RecognizeTest, a_place_that_could_not_be_looked_at_takes_the_verdict_only
     const std::string type = std::string(test.attributes).find("type=") == std::string::npos ? " type='part'" : "";
     const ZYMIDOMElement_var request = Request(Object("asm", "phid='A'") + Object("other", "phid='B'") +
                                                Object("o", test.attributes + type) + Object("behind", "phid='C'"));
-    FaultyLayer layer;
-    layer.unseen[test.unseen] = std::errc::permission_denied;
+    TestLayer layer;
+    layer.Hide(test.unseen, std::errc::permission_denied);
     QELVARDOSSystemUtils::SetLastError("before");
     RecordMap records;
     const bool ends = test.verdict == none;
@@ -445,16 +422,16 @@ TEST_F(RecognizeTest, what_changes_between_two_looks_and_what_is_damaged_are_tol
   folder_.PutRecord("asm.prt", RecordV4("A", "1", Entry("o.prt", "O")));
   folder_.Put(".KORVANTHEMIX/a.prt.xml/folder", "");
   folder_.PutFile("a.prt", 1);
-  FaultyLayer layer;
+  TestLayer layer;
   RecordMap records;
   const std::string record = folder_.At(".KORVANTHEMIX/asm.prt.xml");
-  layer.unread[record] = std::errc::no_such_file_or_directory;
+  layer.failing["Read " + record] = std::errc::no_such_file_or_directory;
   const ZYMIDOMElement_var vanishing = Request(Object("asm", "phid='A'") + Object("o", "type='part' familyid='asm'"));
   EXPECT_EQ(handler_->Recognize(vanishing, records), E_FAIL);
   EXPECT_EQ(Brief(vanishing, "o"), "status= phid=");
   EXPECT_EQ(QELVARDOSSystemUtils::LastError(), record + ": Changed while it was looked at");
 
-  layer.unread[record] = std::errc::io_error;
+  layer.failing["Read " + record] = std::errc::io_error;
   const ZYMIDOMElement_var failing = Request(Object("asm"));
   EXPECT_EQ(handler_->Recognize(failing, records), E_FAIL);
   EXPECT_EQ(Brief(failing, "asm"), "status= phid=") << "a file that cannot be read is not known to be damaged";

@@ -14,11 +14,11 @@
 #include "recognition/QELXVARDOSRecognitionFactory.h"
 #include "recognition/QELXVARDOSRecognitionHandler.h"
 #include "tests/support/FailingDom.h"
-#include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestConfiguration.h"
+#include "tests/support/TestLayer.h"
 #include "tests/support/TraceLines.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
@@ -94,15 +94,15 @@ void CheckIn(Client& client) {
 }
 
 void CheckOutWithFaults(Client& client) {
-  FaultyLayer layer;
-  layer.unseen[client.folder.At("unseen.prt.1")] = std::errc::io_error;
-  layer.unreplaced[client.folder.At(".KORVANTHEMIX/changed.prt.xml")] = std::errc::io_error;
+  TestLayer layer;
+  layer.Hide(client.folder.At("unseen.prt.1"), std::errc::io_error);
+  layer.failing["Rename " + client.folder.At(".KORVANTHEMIX/changed.prt.xml")] = std::errc::io_error;
   CheckOut(client);
 }
 
 void RecognizeWithFaults(Client& client) {
-  FaultyLayer layer;
-  layer.unseen[client.folder.At("own.prt.2")] = std::errc::permission_denied;
+  TestLayer layer;
+  layer.Hide(client.folder.At("own.prt.2"), std::errc::permission_denied);
   Recognize(client);
 }
 

@@ -90,19 +90,14 @@ TEST_F(WriteBackTest, requests_receive_names_hash_codes_and_types_and_records_re
     EXPECT_EQ(records["b"]->GetObjectFilePath().ToString(), folder_.At("b.prt.7"));
     EXPECT_EQ(records["b"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/b.prt.xml"));
     EXPECT_EQ(records["b"]->GetObjectChangeStamp(), "100");
-  }
-}
 
-TEST_F(WriteBackTest, records_alone_receive_paths_and_no_stamp) {
-  folder_.PutFile("a.prt.9", 100);
-  const std::string objects = Object("a", "filename='a.prt.9'") + Object("unknown", "filename='x'");
-  for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
-    const RecordMap records = ByCadId("ab");
-    EXPECT_EQ(handler_->UpdateLRDObjects(root, records), S_OK);
-    EXPECT_EQ(records["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
-    EXPECT_EQ(records["a"]->GetObjectFilePath().ToString(), folder_.At("a.prt.9"));
-    EXPECT_EQ(records["a"]->GetObjectChangeStamp(), "");
-    EXPECT_EQ(records["b"]->GetObjectFilePath().ToString(), "/old/b.prt.2");
+    // Records alone receive paths and no stamp.
+    const RecordMap alone = ByCadId("bx");
+    EXPECT_EQ(handler_->UpdateLRDObjects(root, alone), S_OK);
+    EXPECT_EQ(alone["b"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/b.prt.xml"));
+    EXPECT_EQ(alone["b"]->GetObjectFilePath().ToString(), folder_.At("b.prt.7"));
+    EXPECT_EQ(alone["b"]->GetObjectChangeStamp(), "");
+    EXPECT_EQ(alone["x"]->GetObjectFilePath().ToString(), "/old/x.prt.2");
   }
 }
 

@@ -4,11 +4,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TestLayer.h"
 #include "tests/support/TraceLines.h"
 
 namespace {
@@ -34,29 +34,6 @@ std::string Found(const Record& top, const std::string& id) {
   const HRESULT status = top->GetChildObject(id, found);
   EXPECT_EQ(FAILED(status), found.IsNull());
   return found.IsNull() ? "" : found->GetPhysicalId().Str();
-}
-
-TEST_F(RecordTest, only_the_word_true_selects_an_object) {
-  for (const auto& [object, flag] : Rows<2>{{"<o selected='true'/>", "true"},
-                                            {"<o selected='false' download='true'/>", "true"},
-                                            {"<o selected='TRUE' download='True'/>", ""},
-                                            {"<o/>", ""}}) {
-    EXPECT_EQ(Plain(object)->GetSelectedFlag(), flag) << object;
-  }
-}
-
-TEST_F(RecordTest, the_record_folder_lies_beside_the_object_file_and_then_follows_the_record_file) {
-  for (const auto& [folder, file, object, recordFolder, recordFile] :
-       Rows<5>{{"/cad", "part.prt.3", "/cad/part.prt.3", "/cad/.KORVANTHEMIX", "/cad/.KORVANTHEMIX/part.prt.3.xml"},
-               {"", "a b", "a b", ".KORVANTHEMIX", ".KORVANTHEMIX/a b.xml"},
-               {"/cad/", "", "/cad/", "/cad/.KORVANTHEMIX", "/cad/.KORVANTHEMIX/.xml"}}) {
-    const Record made = Plain(Located(folder, file));
-    EXPECT_EQ(made->GetObjectFilePath().ToString(), object);
-    EXPECT_EQ(made->GetLRDFolderPath(), recordFolder);
-    EXPECT_EQ(made->GetLRDFilePath(), recordFile);
-    made->SetLRDFilePath("/other/folder/x.xml");
-    EXPECT_EQ(made->GetLRDFolderPath(), "/other/folder");
-  }
 }
 
 TEST_F(RecordTest, the_stamp_is_the_file_s_whole_second_and_stays_when_the_file_goes) {
@@ -85,24 +62,14 @@ TEST_F(RecordTest, a_child_is_to_be_written_when_its_object_has_no_file) {
 }
 
 TEST_F(RecordTest, a_child_whose_file_was_out_of_sight_for_one_moment_is_not_written_without_its_stamp) {
-  class Flicker : public QELVARDOSFileLayerFilter {
-   public:
-    explicit Flicker(int at) : QELVARDOSFileLayerFilter(Current()), left_(at) {}
-    QELVARDOSFileFacts Stat(const std::string& path) override {
-      using Facts = QELVARDOSFileFacts;
-      return left_-- == 0 ? Facts{Facts::Kind::Unseen, 0, 0, make_error_code(std::errc::io_error)} : Next().Stat(path);
-    }
-
-   private:
-    mutable int left_;
-    const QELVARDOSUseFileLayer use_{*this};
-  };
   const ScratchFolder folder;
   folder.PutFile("part", 1);
   for (const int look : {0, 1}) {
     Record child;
     {
-      const Flicker flicker(look);
+      const TestLayer layer([left = look](const std::string& operation, const std::string&) mutable {
+        return operation == "Stat" && left-- == 0 ? make_error_code(std::errc::io_error) : std::error_code();
+      });
       child = Made<QELXVARDOSChildLRDObject_V4>(Located(folder.Root(), "part"), I);
     }
     ZYMIDOMElement_var element;
@@ -204,17 +171,6 @@ TEST_F(RecordTest, an_update_takes_what_the_server_changes_down_to_the_sub_recor
   }
 }
 
-TEST_F(RecordTest, a_child_that_is_no_record_is_null_or_where_compositions_alone_are_taken_left_out) {
-  const Record all = FullV4("<o/>");
-  const Record compositions = Full<QELXVARDOSFullLRDObject_V2>("<o/>");
-  for (const Record& record : {all, compositions}) {
-    record->AddChild(ZYMIDOMElement_var(Tree("<o/>")));
-    record->AddChild(nullptr);
-  }
-  EXPECT_EQ(all->GetChildren().Size(), 2);
-  EXPECT_EQ(compositions->GetChildren().Size(), 0);
-}
-
 TEST_F(RecordTest, only_the_exact_action_lets_an_update_take_the_origin_and_the_classification) {
   for (const auto& [element, taken] : Rows<2>{{"<o action='setcadorigin'/>", "NEW"},
                                               {"<o action='setCadOrigin'/>", "OLD"},
@@ -235,23 +191,6 @@ TEST_F(RecordTest, only_the_exact_action_lets_an_update_take_the_origin_and_the_
   }
 }
 
-TEST_F(RecordTest, values_from_an_element_replace_those_of_full_records_and_an_absent_attribute_empties) {
-  const std::string object = "<o phid='P' ceStamp='CE' macroceStamp='M' xsStamp='XS' hashcode='H'/>";
-  const std::vector<std::pair<Record, std::string>> cases = {
-      {Made<QELXVARDOSFullLRDObject>(object), "phid=1 ce=2 hash=H origin=null"},
-      {Full<QELXVARDOSFullLRDObject_V1>(object), "phid=1 ce=2 macro=3 hash=H version=V origin=null flags=write"},
-      {Full<QELXVARDOSFullLRDObject_V4>(object), "phid=1 ce=2 macro=3 xs=4 hash=H version=V origin=null flags=write"},
-      {Plain(object), "phid=P ce=CE hash=H"}};
-  for (const auto& [record, replaced] : cases) {
-    record->UpdateLRDObjectFromXML(Tree("<o phid='1' ceStamp='2' macroceStamp='3' xsStamp='4' hashcode='5'/>"));
-    record->UpdateLRDObjectFromXML(TextNode());
-    EXPECT_EQ(Fields(record), replaced) << record->IsA();
-    record->UpdateLRDObjectFromXML(Tree("<o/>"));
-    EXPECT_EQ(Fields(record),
-              record->IsAKindOf("QELXVARDOSFullLRDObject") ? replaced.substr(replaced.find("hash")) : replaced);
-  }
-}
-
 TEST_F(RecordTest, a_child_is_found_by_its_id_depth_first_parents_before_children) {
   const Record top = Plain();
   EXPECT_EQ(Found(top, "x"), "");
@@ -268,35 +207,6 @@ TEST_F(RecordTest, a_child_is_found_by_its_id_depth_first_parents_before_childre
     EXPECT_EQ(Found(top, id), found) << id;
   }
   EXPECT_EQ(Found(y, "y"), "") << "not the record itself";
-}
-
-TEST_F(RecordTest, a_search_traces_a_step_for_each_record_that_it_asks) {
-  const Record top = Entry("top");
-  const Record a = Entry("a");
-  const Record b = Entry("b");
-  top->AddChild(a);
-  top->AddChild(b);
-  a->AddChild(Entry("c"));
-  a->AddChild(top);
-  b->AddChild(a);
-  // "(" for a step, ")" for its end with success, "!" for its end without.
-  const auto traced = [&top](const std::string& id) {
-    const TraceLines lines;
-    Found(top, id);
-    std::string steps;
-    for (const std::string& line : lines.all) {
-      steps += line == "QELXVARDOSLRDObject::GetChildObject" ? '('
-               : line == "returns 0"                         ? ')'
-               : line == "returns -2147467259"               ? '!'
-                                                             : '?';
-    }
-    return steps;
-  };
-  EXPECT_EQ(traced("a"), "()");
-  EXPECT_EQ(traced("c"), "(())");
-  EXPECT_EQ(traced("b"), "(((!(!!)") << "behind the records below a, one of them on its own path";
-  EXPECT_EQ(traced("none"), "(((!(!!((!!!") << "a record that was searched without success answers so at once";
-  a->CopyFromLRDObject(Plain());
 }
 
 TEST_F(RecordTest, a_search_ends_in_circles_and_does_not_mind_depth) {
@@ -324,35 +234,23 @@ TEST_F(RecordTest, a_search_ends_in_circles_and_does_not_mind_depth) {
 TEST_F(RecordTest, releasing_a_long_chain_frees_all_of_it_through_whatever_list_it_is_linked) {
   using Link = void (QELXIVARDOSLRDObject::*)(const Record&);
   const ZYMIDOMNode_var object = Tree("<o/>");
+  const auto made = [&object] { return Record(ZYMMakeComponent<QELXVARDOSFullLRDObject>(object)); };
   for (const Link link : {&QELXIVARDOSLRDObject::AddParentRelationship, &QELXIVARDOSLRDObject::AddChildRelationship,
                           &QELXIVARDOSLRDObject::AddRelatedChild, &QELXIVARDOSLRDObject::AddCompositionObject}) {
-    const Record first = ZYMMakeComponent<QELXVARDOSFullLRDObject>(object);
+    const Record first = made();
     Record last = first;
     for (int count = 0; count < Many; ++count) {
-      const Record next = ZYMMakeComponent<QELXVARDOSFullLRDObject>(object);
+      const Record next = made();
       (last.Get()->*link)(next);
       last = next;
     }
-  }
-}
-
-TEST_F(RecordTest, releasing_a_bush_takes_no_more_room_than_its_records_and_frees_the_chain_beside_it) {
-  const ZYMIDOMNode_var object = Tree("<o/>");
-  const auto made = [&object] { return Record(ZYMMakeComponent<QELXVARDOSFullLRDObject>(object)); };
-  const Record bush = made();
-  Record last = made();
-  bush->AddChild(last);
-  for (int count = 0; count < Many / 2; ++count) {
-    const Record next = made();
-    last->AddChild(next);
-    last = next;
-  }
-  // Released before the chain, each with a few of its own.
-  for (int count = 0; count < 100; ++count) {
-    const Record twig = made();
-    bush->AddChild(twig);
-    twig->AddChild(made());
-    twig->AddChild(made());
+    // Released before the chain, each with a few of its own.
+    for (int count = 0; count < 100; ++count) {
+      const Record twig = made();
+      first->AddChild(twig);
+      twig->AddChild(made());
+      twig->AddChild(made());
+    }
   }
 }
 

@@ -185,26 +185,6 @@ TEST_F(RecordXmlTest, a_relationship_takes_its_first_child_s_physical_id_and_kee
             "<rel id=\"\"><phid></phid></rel>");
 }
 
-TEST_F(RecordXmlTest, an_element_that_could_not_be_made_leaves_the_caller_s_own) {
-  const Record plain = Plain(Everything());
-  const Record full = FullV4(Everything());
-  const ZYMIDOMElement_var own = Tree("<own/>");
-  for (const Record& record : {plain, full}) {
-    record->AddChild(Made<QELXVARDOSRelLRDObject>(Everything()));
-    for (const char* step : {"CreateBuilder", "CreateDocument", "createElement", "appendChild"}) {
-      const FailingDom dom(0, step);
-      ZYMIDOMElement_var element = own;
-      EXPECT_EQ(record->GetXMLFormat({}, element), FailingDom::Status);
-      EXPECT_EQ(element, own) << record->IsA() << " " << step;
-    }
-    // With its element a record has begun; a plain one hands it out for its children, a full one only when it is whole.
-    const FailingDom dom(0, "createTextNode");
-    ZYMIDOMElement_var element = own;
-    EXPECT_EQ(record->GetXMLFormat({}, element), FailingDom::Status);
-    EXPECT_EQ(Text(FailingDom::Inner(element)), record == plain ? "<object/>" : "<own/>");
-  }
-}
-
 TEST_F(RecordXmlTest, the_trace_names_the_nodes_that_were_added) {
   const Record rel = FromFile("QELXVARDOSRelLRDObject_V3", "<rel><phid>R</phid><childPhid>K</childPhid></rel>");
   const Record full = FullV4("<o phid='P' ceStamp='CE' macroceStamp='M' xsStamp='XS' hashcode='H'/>");

@@ -5,14 +5,15 @@
 
 #include "platform/QELVARDOSSystemUtils.h"
 #include "tests/support/FailingDom.h"
-#include "tests/support/FaultyLayer.h"
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestConfiguration.h"
+#include "tests/support/TestLayer.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
 
 using testing::HasSubstr;
+using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -126,27 +127,16 @@ TEST_F(ResponseHandlerTest, a_failing_search_for_the_information_has_the_status_
     const FailingDom dom(before, "getElementsByTagName");
     EXPECT_EQ(handler->CreateOrUpdateLRD(root, RecordMap()), update) << command;
     EXPECT_EQ(records.Size(), 0) << command;
+
+    // Neither is there anything in a root without information.
+    const ZYMIDOMElement_var bare =
+        Tree("<response cname='" + command + "'>" + List(Object("a", "selected='true'")) + "</response>");
+    EXPECT_EQ(Read(bare).Size(), 0) << command;
+    for (const ZYMIDOMNode_var& node : {ZYMIDOMNode_var(bare), TextNode()}) {
+      EXPECT_EQ(HandlerFor(bare)->CreateOrUpdateLRD(node, RecordMap()), update == E_NOTIMPL ? E_NOTIMPL : S_OK);
+    }
     EXPECT_EQ(folder_.FileCount(), 0) << command;
   }
-}
-
-TEST_F(ResponseHandlerTest, a_root_without_information_reads_and_writes_nothing) {
-  for (const std::string command : {"checkinEx", "checkoutEx", "checkoutExPath", "cadobjdetails"}) {
-    const ZYMIDOMElement_var root =
-        Tree("<response cname='" + command + "'>" + List(Object("a", "selected='true'")) + "</response>");
-    const QELXIVARDOSLRDXMLHandler_var handler = HandlerFor(root);
-    EXPECT_EQ(Read(root).Size(), 0) << command;
-    const bool details = command == "cadobjdetails";
-    EXPECT_EQ(handler->CreateOrUpdateLRD(root, RecordMap()), details ? E_NOTIMPL : S_OK) << command;
-    EXPECT_EQ(handler->CreateOrUpdateLRD(TextNode(), RecordMap()), details ? E_NOTIMPL : S_OK) << command;
-    RecordMap records;
-    if (details) {
-      EXPECT_THROW(handler->GetLRDObjects(TextNode(), records), ZYMNullHandleError);
-    } else {
-      EXPECT_EQ(handler->GetLRDObjects(TextNode(), records), S_OK) << command;
-    }
-  }
-  EXPECT_EQ(folder_.FileCount(), 0);
 }
 
 TEST_F(ResponseHandlerTest, only_a_check_out_links_what_it_reads) {
@@ -162,29 +152,25 @@ TEST_F(ResponseHandlerTest, nothing_is_written_that_speaks_of_a_file_that_could_
   for (const char* name : {"a", "b", "c"}) {
     folder_.PutFile(name, 100);
   }
-  FaultyLayer layer;
-  layer.unseen[folder_.At("b")] = std::errc::io_error;
+  TestLayer layer;
+  layer.Hide(folder_.At("b"), std::errc::io_error);
   const std::string selected = "selected='true'";
   QELVARDOSSystemUtils::SetLastError("");
   EXPECT_EQ(
       Update("checkoutEx", List(Object("a", selected) + Object("b", selected) + Object("c", selected)) + AAboveB("1"),
              RecordMap()),
       S_OK);
-  using enum QELVARDOSReplacement;
-  const auto outcome = [&](const std::string& name) {
-    return layer.outcomes[folder_.At(".KORVANTHEMIX/" + name + ".xml")];
-  };
-  EXPECT_EQ(outcome("a"), Failed) << "the record of b would stand in it";
-  EXPECT_EQ(outcome("b"), Failed);
-  EXPECT_EQ(outcome("c"), Written);
+  EXPECT_THAT(layer.fates,
+              UnorderedElementsAre("a.xml: Input/output error", "b.xml: Input/output error", "c.xml: written"))
+      << "the record of b would stand in that of a";
   EXPECT_EQ(folder_.Record("a") + folder_.Record("b"), "");
   EXPECT_EQ(QELVARDOSSystemUtils::LastError(),
             folder_.At(".KORVANTHEMIX/b.xml") + ": " + folder_.At("b") + ": Input/output error");
 
-  layer.unseen.clear();
+  layer.failing.clear();
   QELVARDOSSystemUtils::SetLastError("before");
   EXPECT_EQ(Update("checkoutEx", List(Object("a", selected) + Object("b", selected)), RecordMap()), S_OK);
-  EXPECT_EQ(outcome("b"), Written);
+  EXPECT_EQ(layer.fates.back(), "b.xml: written");
   EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "before");
 }
 

@@ -137,14 +137,6 @@ TEST_F(StructureTest, derived_outputs_have_no_record_and_so_no_link) {
   }
 }
 
-TEST_F(StructureTest, of_two_objects_with_one_id_the_last_has_the_record) {
-  const RecordMap records =
-      Build("<cadobject cadid='a' phid='first'/>text" + Objects("b") + "<cadobject cadid='a' phid='last'/><x/>",
-            Relation("1"), In("b", In("a", By("1"))));
-  EXPECT_EQ(Links(records), " b:1last");
-  EXPECT_EQ(records.Size(), 2);
-}
-
 TEST_F(StructureTest, a_structure_may_be_100_000_deep) {
   constexpr int Depth = 100'000;
   std::string objects;
