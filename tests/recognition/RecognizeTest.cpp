@@ -42,12 +42,6 @@ class RecognizeTest : public ModuleTest {
     EXPECT_EQ(handler_->Recognize(request, records), S_OK);
     return request;
   }
-  /// What is written into the object a.
-  static std::string Verdict(const ZYMIDOMElement_var& request) {
-    return Show(
-        request, "a",
-        {"status", "phid", "lrdversion", "macroceStamp", "xsStamp", "hashcodefromlrd", "objectChangeStamp", "ceStamp"});
-  }
   static std::string Brief(const ZYMIDOMElement_var& request, const char* cadId) {
     return Show(request, cadId, {"status", "phid"});
   }
@@ -71,90 +65,6 @@ const std::string OBelowAsm =
     "<relationshiplist><relationship rid='1' reluuid='U' topnode='dpt'/></relationshiplist><structure><cadobject "
     "cadid='asm'>"
     "<cadobject cadid='o'><relationship rid='1'/></cadobject></cadobject></structure>";
-
-TEST_F(RecognizeTest, an_own_record_decides_by_its_stamp_and_writes_what_it_remembers) {
-  folder_.PutRecord("a.prt", RecordV4("P", "100"));
-  const auto known = [](const std::string& status, const std::string& ceStamp) {
-    return "status=" + status +
-           " phid=P lrdversion=4.0 macroceStamp=M xsStamp=XS hashcodefromlrd=H objectChangeStamp=100 ceStamp=" +
-           ceStamp;
-  };
-  const std::string unknown = "status=UNKNOWN phid= lrdversion=4.0 macroceStamp= xsStamp= hashcodefromlrd=";
-  for (const auto& [fileTime, attributes, verdict] :
-       Rows<3>{{"100", "", known("EXISTS", "CE")},
-               {"101", "", known("MODIFIED", "CE")},
-               {"99", "", known("MODIFIED", "CE")},
-               {"100", "modified='TRUE'", known("MODIFIED", "CE")},
-               {"100", "modified='true' recognizeasnew='true'", known("EXISTS", "CE")},
-               {"100", "ceStamp='mine' phid='' status='old'", known("EXISTS", "CE")},
-               {"100", "ceStamp='mine' xsStamp='XS'", known("EXISTS", "mine")},
-               {"100", "xsStamp='XS'", known("EXISTS", "")},
-               {"100", "ceStamp='mine' xsStamp=''", known("EXISTS", "CE")},
-               {"100", "recognizeasnew='TRUE' modified='TRUE'", unknown},
-               {"100", "recognizeasnew='TRUE' ceStamp='mine'", unknown + " ceStamp=mine"},
-               {"100", "recognizeasnew='TRUE' xsStamp=''", unknown + " ceStamp="}}) {
-    folder_.PutFile("a.prt", std::stol(fileTime));
-    EXPECT_EQ(Verdict(Recognized(Request(Object("a", attributes)))), verdict) << fileTime << " " << attributes;
-  }
-}
-
-TEST_F(RecognizeTest, a_physical_id_decides_without_a_look_at_the_record) {
-  folder_.PutFile("a.prt", 100);
-  folder_.PutRecord("a.prt", "damaged");
-  for (const auto& [attributes, verdict] : Rows<2>{{"recognizeasnew='TRUE'", "status=EXISTS phid=X"},
-                                                   {"modified='TRUE'", "status=MODIFIED phid=X"},
-                                                   {"modified='true'", "status=EXISTS phid=X"},
-                                                   {"recognizeasnew='true' modified='TRUE'", "status=UNKNOWN phid="}}) {
-    const ZYMIDOMElement_var request = Recognized(Request(Object("a", "phid='X' " + attributes)));
-    EXPECT_EQ(Verdict(request), verdict + " lrdversion=4.0 macroceStamp= ceStamp=") << attributes;
-  }
-}
-
-TEST_F(RecognizeTest, the_version_of_a_record_stays_for_the_objects_behind_it) {
-  for (const auto& [name, version] : Rows<2>{{"v1.prt", " version='1.0'"}, {"v0.prt", ""}}) {
-    folder_.PutFile(name, 1);
-    folder_.PutRecord(name, "<object" + version + ">" + Core() + "</object>");
-  }
-  const ZYMIDOMElement_var request =
-      Recognized(Request(Object("a", "phid='1'") + Object("b") + Object("v1") + Object("c", "phid='2'") + Object("d") +
-                             Object("v0") + Object("e", "phid='3'"),
-                         "", "mode='path' nocompletion='true'"));
-  std::string versions;
-  for (const char* id : {"a", "b", "v1", "c", "d", "v0", "e"}) {
-    versions += Show(request, id, {"lrdversion"}).substr(11) + " ";
-  }
-  EXPECT_EQ(versions, "2.0 2.0 1.0 1.0 1.0   ");
-}
-
-TEST_F(RecognizeTest, an_object_without_a_record_is_looked_for_in_the_first_composition_that_has_one) {
-  folder_.PutRecord("f.prt", RecordV4("F", "1", Entry("x", "X") + Entry("empty", "") + Entry("", "nameless")));
-  folder_.PutRecord("g.prt", RecordV4("G", "1", Entry("x", "late") + Entry("y", "Y")));
-  folder_.PutRecord("own.prt", RecordV4("OWN", "5", Entry("me", "MYSELF")));
-  folder_.PutRecord("both.prt", RecordV4("OWN", "5"));
-  folder_.PutFile("both.prt", 5);
-  folder_.PutFile("file.prt", 7);
-  const std::string x = "type='instance' name='x' ";
-  for (const auto& [what, id, attributes, verdict] :
-       Rows<4>{{"the second has a record", "o", x + "familyid='none,h' composerid='f,g'", "EXISTS phid=X"},
-               {"the family comes first", "o", x + "composerid='f' familyid='g'", "EXISTS phid=late"},
-               {"only the first record counts", "o", "type='instance' name='y' familyid='f,g'", "UNKNOWN phid="},
-               {"modified", "o", x + "familyid='f' modified='TRUE'", "MODIFIED phid=X"},
-               {"as new", "o", x + "familyid='f' recognizeasnew='TRUE'", "UNKNOWN phid="},
-               {"no physical id", "o", "type='instance' name='empty' familyid='f' modified='TRUE'", "UNKNOWN phid="},
-               {"no identifier", "o", "type='instance' familyid='f'", "UNKNOWN phid="},
-               {"no record anywhere", "o", x + "familyid='h'", "UNKNOWN phid="},
-               {"a parent is not asked", "o", x + "parentid='f'", "UNKNOWN phid="},
-               {"a file without a record", "file", x + "familyid='f'", "EXISTS phid=X"},
-               {"an own record counts more", "both", x + "familyid='f'", "EXISTS phid=OWN"},
-               {"but not of an object without a file", "both", "type='bare' name='x' familyid='f'", "EXISTS phid=X"},
-               {"its own record holds it", "own", "type='instance' name='me' familyid='h'", "EXISTS phid=MYSELF"},
-               {"its own record does not", "own", x, "UNKNOWN phid="}}) {
-    const ZYMIDOMElement_var request =
-        Recognized(Request(Object(id, attributes) + Object("f") + Object("g") + Object("h"), "", ""));
-    EXPECT_EQ(Brief(request, id.c_str()), "status=" + verdict) << what;
-    EXPECT_EQ(Show(request, id, {"objectChangeStamp"}).empty(), verdict != "EXISTS phid=OWN") << what;
-  }
-}
 
 TEST_F(RecognizeTest, a_relationship_that_request_and_record_share_leads_to_the_entry_before_the_identifier_does) {
   for (const auto& [rels, phid] : Rows<2>{{Rel("U", "R", "BY-REL"), "BY-REL"},
@@ -269,37 +179,6 @@ TEST_F(RecognizeTest, the_name_of_the_cad_system_comes_from_the_command_or_the_c
     EXPECT_EQ(Handler(command.c_str(), config)->Recognize(request, records), S_OK);
     EXPECT_EQ(Brief(request, "a"), "status=EXISTS phid=" + phid) << command << " " << cad;
   }
-}
-
-TEST_F(RecognizeTest, only_the_children_of_the_first_list_are_objects_and_equal_ids_are_recognised_each) {
-  const ZYMIDOMElement_var request =
-      Recognized(Request(" <!--c--><o cadid='a' phid='1'/>text<?p?><o cadid='a'><o phid='2'/></o>",
-                         "<cadobjectlist><o phid='3'/></cadobjectlist>", ""));
-  const std::string unknown =
-      " status=\"UNKNOWN\" phid=\"\" lrdversion=\"4.0\" macroceStamp=\"\" xsStamp=\"\" hashcodefromlrd=\"\"";
-  EXPECT_EQ(
-      Text(request),
-      "<command><cadobjectlist> <!--c--><o cadid=\"a\" phid=\"1\" status=\"EXISTS\" ceStamp=\"\" macroceStamp=\"\" "
-      "lrdversion=\"4.0\"/>text<?p?><o cadid=\"a\"" +
-          unknown +
-          "><o phid=\"2\"/></o></cadobjectlist>"
-          "<cadobjectlist><o phid=\"3\"/></cadobjectlist></command>");
-  RecordMap records;
-  EXPECT_EQ(handler_->Recognize(TextNode(), records), S_OK);
-  EXPECT_EQ(Text(Recognized(Tree("<command><cadobject phid='1'/></command>"))),
-            "<command><cadobject phid=\"1\"/></command>");
-}
-
-TEST_F(RecognizeTest, the_records_that_the_request_carries_come_back_as_recognised) {
-  folder_.PutFile("a.prt", 1);
-  folder_.PutRecord("a.prt", RecordV4("P", "1"));
-  const ZYMIDOMElement_var request = Request(Object("a") + Object("b", "phid='B' xsStamp='XB'") +
-                                             Object("c", "type='bare'") + Object("v", "type='preview'"));
-  RecordMap records;
-  EXPECT_EQ(handler_->Recognize(request, records), S_OK);
-  EXPECT_EQ(records.Size(), 2);
-  EXPECT_EQ(Fields(records["a"]), "phid=P stamp=1 ce=CE macro=M xs=XS version=4.0 cadid=a origin=null flags=write");
-  EXPECT_EQ(Fields(records["b"]), "phid=B xs=XB version=4.0 cadid=b origin=null flags=write");
 }
 
 TEST_F(RecognizeTest, a_failing_tree_ends_in_a_status_or_a_null_handle_error_and_leaves_nothing) {

@@ -9,9 +9,7 @@
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestConfiguration.h"
-#include "tests/support/TraceLines.h"
 
-using testing::Contains;
 using testing::HasSubstr;
 
 namespace {
@@ -29,14 +27,6 @@ class WriteBackTest : public ModuleTest {
   static ZYMIDOMElement_var InRoot(const std::string& objects) {
     return Tree("<command cname='checkinEx'><cadobjectlist>text" + objects + "</cadobjectlist></command>");
   }
-  static ZYMIDOMElement_var InInfo(const std::string& objects) {
-    return Tree(
-        "<command cname='checkinEx'><cadobjectlist><cadobject cadid='root' "
-        "phid='PHa'/></cadobjectlist><info><cadobjectlist>"
-        "text" +
-        objects + "</cadobjectlist></info></command>");
-  }
-
   static RecordMap Map(const std::string& ids, const std::string& beforeKeys) {
     RecordMap map;
     for (const char id : ids) {
@@ -54,52 +44,6 @@ class WriteBackTest : public ModuleTest {
   const ZYMHandle<QELXVARDOSRecognitionHandler> handler_ = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(
       ZYMUnicodeString("CREO"), QELIVARDOSGlobalConfigObject_var(config_));
 };
-
-TEST_F(WriteBackTest, requests_receive_names_hash_codes_and_types_and_records_receive_paths_and_stamps) {
-  folder_.PutFile("b.prt.7", 100);
-  CacheInformation cache;
-  ZYMUnicodeStringZYMUnicodeStringDico known;
-  known.Insert("hashcode", "CACHED");
-  for (const char* id : {"a", "s", "root"}) {
-    cache.Insert(id, known);
-  }
-  cache.Insert("t", ZYMUnicodeStringZYMUnicodeStringDico());
-  const std::string objects = Object("a") + Object("b", "filename='b.prt.7' hashcode='old'") +
-                              Object("s", "streamkind='k'") + Object("t", "streamkind='k'") +
-                              Object("u", "streamkind='k'") + Object("unknown");
-  for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
-    const RecordMap records = ByCadId("abstu");
-    const TraceLines trace;
-    EXPECT_EQ(handler_->UpdateRequestAndLRDObjects(root, records, cache), S_OK);
-    std::string shown;
-    for (const char* id : {"a", "b", "s", "unknown", "root"}) {
-      shown += Show(root, id, {"filename", "hashcode", "mxtype"}) + "; ";
-    }
-    const bool info = !Tagged(root, "info").IsNull();
-    EXPECT_EQ(
-        shown,
-        std::string("filename=a.prt.2 hashcode=Ha mxtype=Ta; filename=b.prt.7 hashcode=Hb mxtype=Tb; mxtype=Ts; ; ") +
-            (info ? "; " : "none; "));
-    EXPECT_THAT(trace.all, Contains(info ? "Processing Info Node" : "Processing Command Node"));
-    EXPECT_THAT(trace.all, Contains("cadobjectNode count : 7"));
-    std::string hashcodes;
-    for (const char* id : {"a", "s", "t", "u"}) {
-      hashcodes += records[id]->GetHashcode().Str() + " ";
-    }
-    EXPECT_EQ(hashcodes, "Ha CACHED Ht Hu ");
-    EXPECT_EQ(records["b"]->GetObjectFilePath().ToString(), folder_.At("b.prt.7"));
-    EXPECT_EQ(records["b"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/b.prt.xml"));
-    EXPECT_EQ(records["b"]->GetObjectChangeStamp(), "100");
-
-    // Records alone receive paths and no stamp.
-    const RecordMap alone = ByCadId("bx");
-    EXPECT_EQ(handler_->UpdateLRDObjects(root, alone), S_OK);
-    EXPECT_EQ(alone["b"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/b.prt.xml"));
-    EXPECT_EQ(alone["b"]->GetObjectFilePath().ToString(), folder_.At("b.prt.7"));
-    EXPECT_EQ(alone["b"]->GetObjectChangeStamp(), "");
-    EXPECT_EQ(alone["x"]->GetObjectFilePath().ToString(), "/old/x.prt.2");
-  }
-}
 
 TEST_F(WriteBackTest, a_failing_search_for_the_information_is_the_status_and_leaves_all_as_it_was) {
   const RecordMap records = ByCadId("a");
@@ -155,26 +99,6 @@ TEST_F(WriteBackTest, requests_are_described_from_the_cache_by_physical_id) {
   EXPECT_THROW(handler_->UpdateInformationFromCache(InRoot(Object("unknown")), records), ZYMNullHandleError);
 }
 
-TEST_F(WriteBackTest, the_map_by_cad_id_passes_over_what_is_skipped_or_has_no_record) {
-  folder_.PutFile("a.prt.9", 100);
-  const std::string objects = Object("a", "filename='a.prt.9'") + Object("unknown") + Object("b");
-  for (const ZYMIDOMElement_var& root : {InInfo(objects), InRoot(objects)}) {
-    const RecordMap records = ByPhid("ab");
-    RecordMap out;
-    EXPECT_EQ(handler_->GetCadidLRDMap(root, RecordMap(), out, {}), S_OK);
-    EXPECT_EQ(out.Size(), 0);
-    const TraceLines trace;
-    EXPECT_EQ(handler_->GetCadidLRDMap(root, records, out, {"b"}), S_OK);
-    EXPECT_EQ(out.Size(), 1);
-    EXPECT_EQ(out["a"], records["PHa"]);
-    EXPECT_EQ(out["a"]->GetObjectChangeStamp(), "100");
-    EXPECT_EQ(out["a"]->GetLRDFilePath(), folder_.At(".KORVANTHEMIX/a.prt.xml"));
-    EXPECT_THAT(trace.all, Contains("No record for phid : PHunknown"));
-    EXPECT_EQ(handler_->GetCadidLRDMap(root, records, out, {}), S_OK);
-    EXPECT_EQ(out.Size(), 2);
-  }
-}
-
 TEST_F(WriteBackTest, the_map_for_the_cache_shares_plain_records_and_copies_those_of_streams) {
   const RecordMap records = ByPhid("a");
   std::string objects;
@@ -189,28 +113,6 @@ TEST_F(WriteBackTest, the_map_for_the_cache_shares_plain_records_and_copies_thos
   EXPECT_TRUE(out["1"] == records["PHa"] && out["2"] == records["PHa"]);
   EXPECT_FALSE(out["3"] == out["4"] || out["3"] == records["PHa"]);
   EXPECT_EQ(Fields(out["4"]), "phid=PHa hash=Ha cadid=a mxtype=Ta flags=write");
-}
-
-TEST_F(WriteBackTest, the_maps_of_a_tree_are_by_cad_id_and_by_physical_id) {
-  const ZYMIDOMElement_var root = InRoot(Object("a") + Object("b") +
-                                         "<cadobject cadid='last' phid='PHa'/><cadobject cadid='c' "
-                                         "type='bare'/><cadobject cadid='v' phid='v' type='preview'/>");
-  RecordMap byCadId;
-  RecordMap byPhid;
-  EXPECT_EQ(handler_->GetLRDMap(root, byCadId), S_OK);
-  EXPECT_EQ(byCadId.Size(), 3);
-  EXPECT_FALSE(byCadId.HasKey("c"));
-  EXPECT_EQ(byCadId["b"]->GetPhysicalId(), "PHb");
-  EXPECT_EQ(handler_->GetPhidLRDMap(root, byPhid), S_OK);
-  EXPECT_EQ(byPhid.Size(), 3);
-  EXPECT_EQ(byPhid["PHa"]->GetCadId(), "last");
-  EXPECT_EQ(byPhid[""]->GetCadId(), "c");
-  byPhid.RemoveAll();
-  EXPECT_EQ(handler_->GetPhidLRDMap(Tree("<command cname='print'/>"), byPhid), S_OK);
-  const ZYMIDOMElement_var wrapped = FailingDom::Wrap(root);
-  const FailingDom dom(2, "getElementsByTagName");
-  EXPECT_EQ(handler_->GetPhidLRDMap(wrapped, byPhid), FailingDom::Status) << "the third search is for the structure";
-  EXPECT_EQ(byPhid.Size(), 0);
 }
 
 TEST_F(WriteBackTest, records_are_written_by_list_and_by_the_handler_of_a_response) {

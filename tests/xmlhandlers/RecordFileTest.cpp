@@ -60,29 +60,6 @@ std::string Written(const std::string& phid) {
          "</phid><objectChangeStamp></objectChangeStamp><ceStamp></ceStamp><hashcode></hashcode></object>";
 }
 
-TEST_F(RecordFileTest, a_file_of_each_format_reads_and_writes_back_as_its_format_keeps_it) {
-  const std::string childPhid = "<childPhid>K</childPhid>";
-  for (const auto& [version, written, stamps, relLater] :
-       Rows<4>{{"", "", "", ""},
-               {"version=\"0.0\"", "", "", ""},
-               {"version=\"1.0\"", "version=\"\"", Macro, ""},
-               {"version=\"2.0\"", "version=\"\"", Macro, ""},
-               {"version=\"3.0\"", "version=\"\"", Macro, childPhid},
-               {"version=\"4.0\"", "version=\"4.0\"", MacroAndXS, childPhid}}) {
-    const std::string childXml = Element("structure", "id=\"k\"", Core("K", "2", stamps));
-    const std::string links = Element("rel", "id=\"r\"", "<phid>R</phid>" + relLater).append(childXml);
-    const std::string composition = Element("composition", "id=\"c\"", Core("C", "3", stamps));
-    std::string content = Core("P", "1", stamps);
-    const Record record = Read(Element("object", version, std::string(content).append(links).append(composition)));
-    EXPECT_EQ(record->GetVersion(), version.empty() || written.empty() ? "" : version.substr(9, 3));
-    EXPECT_EQ(Phids(record->GetChildRelationships()) + Phids(record->GetRelatedChildren()), "R K ") << version;
-    record->SetLRDFilePath(QELVARDOSPath(folder_.At("written.xml")));
-    EXPECT_EQ(handler_->WriteToFile(Records{record}), S_OK);
-    content.append(version == "version=\"2.0\"" ? "" : links).append(composition);
-    EXPECT_EQ(folder_.File("written.xml"), Element("object", written, content));
-  }
-}
-
 TEST_F(RecordFileTest, nested_elements_go_to_the_lists_of_their_kind_and_other_elements_are_passed_over) {
   const Record record =
       Read("<object>text<!--c-->" + Core("top") + "<rel id='1'><phid>R1</phid><structure>" + Core("deep") +

@@ -56,16 +56,6 @@ std::string AAboveB(const std::string& rid) {
          "<structure><cadobject cadid='a'><cadobject cadid='b'><relationship rid='" +
          rid + "'/></cadobject></cadobject></structure>";
 }
-std::string WrittenV4(const std::string& core, const std::string& nested = "") {
-  return "<object version=\"4.0\">" + core + nested + "</object>";
-}
-std::string CoreV4(const std::string& phid, const std::string& stamp, const std::string& ce, const std::string& macro,
-                   const std::string& xs, const std::string& hashcode) {
-  return "<phid>" + phid + "</phid><objectChangeStamp>" + stamp + "</objectChangeStamp><ceStamp>" + ce +
-         "</ceStamp><macroceStamp>" + macro + "</macroceStamp><xsStamp>" + xs + "</xsStamp><hashcode>" + hashcode +
-         "</hashcode>";
-}
-
 TEST_F(ResponseHandlerTest, root_and_command_choose_the_handler_joined_and_in_any_case) {
   for (const auto& [root, name] : Rows<2>{{"command cname='checkinEx'", "XMLHandler"},
                                           {"command cname='cadobjdetails'", "XMLHandler"},
@@ -172,47 +162,6 @@ TEST_F(ResponseHandlerTest, nothing_is_written_that_speaks_of_a_file_that_could_
   EXPECT_EQ(Update("checkoutEx", List(Object("a", selected) + Object("b", selected)), RecordMap()), S_OK);
   EXPECT_EQ(layer.fates.back(), "b.xml: written");
   EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "before");
-}
-
-TEST_F(ResponseHandlerTest, a_check_out_writes_the_selected_records_of_the_response_with_the_stamps_of_their_files) {
-  folder_.PutFile("a", 100);
-  const std::string objects = Object("a", "phid='P' selected='true'") + Object("gone", "download='true'") +
-                              Object("unselected", "selected='false' download='TRUE'") +
-                              Object("bare", "type='bare' selected='true'") +
-                              Object("own", "cadorigin='' selected='true'");
-  EXPECT_EQ(Update("checkoutEx", List(objects), Callers(List(Object("caller", "selected='true'")))), S_OK);
-  EXPECT_EQ(folder_.Record("a"), WrittenV4(CoreV4("P", "100", "", "", "", "")));
-  EXPECT_EQ(folder_.Record("gone"), WrittenV4(CoreV4("", "", "", "", "", "")));
-  EXPECT_EQ(folder_.FileCount(), 3);
-}
-
-TEST_F(ResponseHandlerTest, a_check_out_by_path_writes_the_selected_records_of_the_caller) {
-  const RecordMap callers = Callers(List(Object("a", "selected='true' phid='old'") + Object("other")));
-  folder_.PutFile("a", 100);
-  EXPECT_EQ(Update("checkoutExPath", List(Object("a", "phid='new'") + Object("b", "selected='true'")), callers), S_OK);
-  EXPECT_THAT(folder_.Record("a"), HasSubstr("<phid>old</phid><objectChangeStamp>100</objectChangeStamp>"));
-  EXPECT_EQ(folder_.FileCount(), 2);
-}
-
-TEST_F(ResponseHandlerTest, a_check_in_brings_the_caller_s_records_and_their_entries_up_to_date) {
-  const RecordMap callers = Callers(List(Object("a", "selected='true' hashcode='H'") + Object("b") +
-                                         Object("unanswered", "phid='kept' selected='true'") +
-                                         Object("bare", "type='bare' selected='true'")) +
-                                    AAboveB("r"));
-  folder_.PutFile("bare", 100);
-  const std::string answer = Object("a", "phid='A' ceStamp='CA' macroceStamp='MA' xsStamp='XA' hashcode='ignored'") +
-                             Object("b", "phid='B' ceStamp='CB' macroceStamp='MB' xsStamp='XB'") +
-                             Object("new", "phid='N' selected='true'") + Object("bare", "phid='BARE'");
-  EXPECT_EQ(Update("checkinEx", List(answer) + "<relationshiplist><relationship rid='r' phid='R'/></relationshiplist>",
-                   callers),
-            S_OK);
-  EXPECT_EQ(folder_.Record("a"), WrittenV4(CoreV4("A", "", "CA", "MA", "XA", "H"),
-                                           "<rel id=\"U\"><phid>R</phid></rel><structure id=\"\">" +
-                                               CoreV4("B", "", "CB", "MB", "XB", "") + "</structure>"));
-  EXPECT_THAT(folder_.Record("unanswered"), HasSubstr("<phid>kept</phid>"));
-  EXPECT_EQ(folder_.FileCount(), 3);
-  EXPECT_EQ(Fields(callers["bare"]), "phid=BARE version=4.0 cadid=bare type=bare selected=true origin=null flags=write")
-      << "what is not written is not stamped";
 }
 
 TEST_F(ResponseHandlerTest, a_relationship_is_never_updated_from_an_object_of_the_same_key) {
