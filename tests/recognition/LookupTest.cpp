@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include "recognition/QELXVARDOSIdentifier.h"
@@ -9,13 +10,28 @@
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
+#include "tests/support/TestConfiguration.h"
 
 namespace {
 
+using CacheInformation = ZYMUnicodeStringZYMUnicodeStringDicoZYMUnicodeStringDico;
+
 class LookupTest : public ModuleTest {
  protected:
-  const ZYMHandle<QELXVARDOSRecognitionHandler> handler_ = ZYMMakeComponent<QELXVARDOSRecognitionHandler>();
+  const ZYMHandle<QELXVARDOSRecognitionHandler> handler_ = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(
+      ZYMUnicodeString("CREO"), QELIVARDOSGlobalConfigObject_var(ZYMMakeComponent<TestConfiguration>()));
 };
+
+ZYMIDOMElement_var Command(const std::string& objects) {
+  return Tree("<command cname='checkinEx'><cadobjectlist>" + objects + "</cadobjectlist></command>");
+}
+
+/// One record, by that key.
+RecordMap Known(const std::string& key) {
+  RecordMap records;
+  records.Insert(key, FullV4("<o cadid='a' phid='P' hashcode='H' mxtype='T' filename='a.prt' dirname='/old'/>"));
+  return records;
+}
 
 Record Rel(const std::string& id, const std::string& phid) {
   return FromFile("QELXVARDOSRelLRDObject_V3", "<rel id='" + id + "'><phid>" + phid + "</phid></rel>");
@@ -101,6 +117,56 @@ TEST_F(LookupTest, of_two_lists_the_match_of_the_last_counts_and_empty_ids_match
   };
   EXPECT_EQ(find({Rel("2", "first"), Rel("2", "second"), Rel("1", "one")}), "first");
   EXPECT_EQ(find({Rel("", "empty"), Rel("9", "nine")}), "before");
+}
+
+TEST_F(LookupTest, a_failing_search_for_the_information_is_the_status_and_leaves_all_as_it_was) {
+  const ZYMIDOMElement_var tree = Command("<cadobject cadid='a' phid='P'/>");
+  const std::string before = Text(tree);
+  const RecordMap byCadId = Known("a");
+  const RecordMap byPhid = Known("P");
+  using Step = std::function<HRESULT(const ZYMIDOMNode_var&, RecordMap&)>;
+  for (const Step& step : {
+           Step([&](const auto&root, auto&) {
+             return handler_->UpdateRequestAndLRDObjects(root, byCadId, CacheInformation());
+           }),
+           Step([&](const auto&root, auto&) { return handler_->UpdateLRDObjects(root, byCadId); }),
+           Step([&](const auto&root, auto&out) { return handler_->GetCadidLRDMap(root, byPhid, out, {}); }),
+           Step([&](const auto&root, auto&out) { return handler_->GetCadidLRDMapForCache(root, byPhid, out); }),
+       }) {
+    RecordMap out;
+    EXPECT_EQ(step(TextNode(), out), S_OK);
+    const ZYMIDOMElement_var wrapped = FailingDom::Wrap(tree);
+    const FailingDom dom(0, "getElementsByTagName");
+    EXPECT_EQ(step(wrapped, out), FailingDom::Status);
+    EXPECT_EQ(out.Size(), 0);
+  }
+  EXPECT_EQ(Text(tree), before);
+  EXPECT_EQ(byCadId["a"]->GetObjectFilePath().ToString(), "/old/a.prt");
+  EXPECT_EQ(handler_->UpdateInformationFromCache(TextNode(), byPhid), S_OK);
+  EXPECT_THROW(handler_->UpdateInformationFromCache(Command("<cadobject phid='unknown'/>"), byPhid),
+               ZYMNullHandleError);
+}
+
+TEST_F(LookupTest, the_map_for_the_cache_shares_plain_records_and_copies_those_of_streams) {
+  const RecordMap records = Known("P");
+  std::string objects;
+  for (const char* attributes :
+       {"cadid='1' phid='P'", "cadid='2' phid='P'", "cadid='3' phid='P' streamkind='k'",
+        "cadid='4' phid='P' streamkind='k'", "cadid='5' phid='z'", "cadid='6' streamkind='k'"}) {
+    objects += Element("cadobject", attributes);
+  }
+  RecordMap out;
+  EXPECT_EQ(handler_->GetCadidLRDMapForCache(Command(objects), records, out), S_OK);
+  EXPECT_EQ(out.Size(), 4);
+  EXPECT_TRUE(out["1"] == records["P"] && out["2"] == records["P"]);
+  EXPECT_FALSE(out["3"] == out["4"] || out["3"] == records["P"]);
+  EXPECT_EQ(Fields(out["4"]), "phid=P hash=H cadid=a mxtype=T flags=write");
+}
+
+TEST_F(LookupTest, what_no_handler_serves_is_not_recorded) {
+  const RecordMap records = Known("a");
+  EXPECT_THROW(handler_->CreateOrUpdateLRD(Tree("<response cname='print'/>"), records), ZYMNullHandleError);
+  EXPECT_EQ(handler_->CreateOrUpdateLRD(Tree("<command cname='checkinEx'/>"), records), E_NOTIMPL);
 }
 
 }  // namespace

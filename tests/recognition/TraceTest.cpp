@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -55,6 +56,32 @@ std::string Slurp(const std::string& file) {
   return text.str();
 }
 
+/// In the order of QELXVARDOSReason::Kind.
+constexpr std::array Reasons = {
+    "PhysicalIdGiven",     "NoPhysicalId",      "MarkedAsModified",       "MarkedAsNew",   "StampsAgree",
+    "FileNewer",           "FileOlder",         "RecordWithoutStamp",     "StampIsNoTime", "ObjectFileGone",
+    "EntryOfRelationship", "EntryOfIdentifier", "EntryWithoutPhysicalId", "NoSuchEntry",   "NoRecord",
+    "NoKnownRecord",       "RecordDamaged",     "CannotBeLookedAt"};
+
+/// Notes what is told of each object: its status, and the reason with its facts.
+class Listener : public QELXIVARDOSObserver {
+ public:
+  void Decided(const ZYMIDOMElement_var& object, const QELXVARDOSReason& reason) override {
+    std::string line =
+        Show(object, {"cadid", "status"}) + " reason=" + Reasons.at(static_cast<std::size_t>(reason.kind));
+    for (const auto& [name, fact] : {std::pair<const char*, ZYMUnicodeString>{" record=", reason.recordFile},
+                                     {" fileStamp=", reason.fileStamp ? std::to_string(*reason.fileStamp) : ""},
+                                     {" recordStamp=", reason.recordStamp},
+                                     {" identifier=", reason.identifier},
+                                     {" failure=", reason.failure}}) {
+      line += fact.IsEmpty() ? "" : name + fact.Str();
+    }
+    told.push_back(line);
+  }
+
+  Lines told;
+};
+
 /// What a job has to work with.
 struct Client {
   Client(const ScratchFolder& files, const std::string& job, const std::string& cadName, Wrapping wrapping)
@@ -69,11 +96,14 @@ struct Client {
       trees.push_back(wrapping(Tree(std::regex_replace(Replaced(text, "$", folder.Root()), std::regex("\n *"), ""))));
     }
   }
-  QELXIVARDOSRecognitionHandler_var Handler(const ZYMIDOMElement_var& tree) const {
+  QELXIVARDOSRecognitionHandler_var Handler(const ZYMIDOMElement_var& tree) {
     ZYMUnicodeString command;
     tree->getAttribute("cname", command);
     QELXIVARDOSRecognitionHandler_var handler;
     QELXVARDOSRecognitionFactory(ZYMMakeComponent<Context>()).GetRecognitionHandler(command, config, tree, handler);
+    if (handler) {
+      handler->SetObserver(&listener);
+    }
     return handler;
   }
   Record Read(const std::string& objectFile) const {
@@ -90,6 +120,7 @@ struct Client {
   RecordMap records;
   /// What else the job asked for.
   std::vector<RecordMap> maps;
+  Listener listener;
 };
 
 void Recognize(Client& client) {
@@ -124,6 +155,7 @@ void CheckOutWithFaults(Client& client) {
 void RecognizeWithFaults(Client& client) {
   TestLayer layer;
   layer.Hide(client.folder.At("own.prt.2"), std::errc::permission_denied);
+  layer.Hide(client.folder.At("unseen.prt.1"), std::errc::io_error);
   Recognize(client);
 }
 
@@ -238,6 +270,7 @@ const std::vector<Job> Jobs = {{"recognize", Recognize},
                                {"recognize_entries", Recognize},
                                {"recognize_verdicts", Recognize, "CREO", false},
                                {"recognize_damaged", Recognize},
+                               {"recognize_lacking", Recognize},
                                {"recognize_unseen", RecognizeWithFaults},
                                {"recognize_unserved", Recognize},
                                {"recognize_without_records", WithoutRecords},
@@ -269,12 +302,17 @@ class TraceTest : public ModuleTest, public testing::WithParamInterface<Job> {
         "bare.prt",
         "<object version='1.0'><phid/><objectChangeStamp>100</objectChangeStamp><ceStamp/><hashcode/></object>");
     folder_.PutRecord("damaged.prt", "<object>");
+    folder_.PutRecord("lacking.prt", "<object version='4.0'><phid>P</phid></object>");
+    for (const std::string stamp : {"", "99", "101", "100 s", "0100"}) {
+      folder_.PutFile("stamp " + stamp, 100);
+      folder_.PutRecord("stamp " + stamp, "<object version='4.0'>" + Core("P", stamp, MacroAndXS) + "</object>");
+    }
     for (const std::string version : {"0", "1", "2", "3", "4"}) {
       folder_.PutFile("v" + version + ".prt.1", 100);
       folder_.PutRecord("v" + version + ".prt", RecordOf(version + ".0", entries));
     }
     for (const std::string name :
-         {"own.prt.2", "fresh.prt.1", "strange.prt.1", "damaged.prt.1", "unseen.prt.1", "bare.prt"}) {
+         {"own.prt.2", "fresh.prt.1", "strange.prt.1", "damaged.prt.1", "lacking.prt.1", "unseen.prt.1", "bare.prt"}) {
       folder_.PutFile(name, 100);
     }
     folder_.PutFile("changed.prt.1", 101);
@@ -283,21 +321,34 @@ class TraceTest : public ModuleTest, public testing::WithParamInterface<Job> {
   }
 
   /// What the job leaves, with "$" for the folder of the CAD files: the lines of its trace, with the name of their
-  /// channel unless it is the usual one, its trees, its records, and the record files that it wrote.
+  /// channel unless it is the usual one, what raised, what its observer was told, its trees, its records, and the
+  /// record files that it wrote.
   Lines Left(const Job& job, Wrapping wrapping) const {
     const std::map<std::string, std::string> before = RecordFiles();
     Client client(folder_, job.name, job.cadName, wrapping);
     Lines lines;
+    std::string raised;
     {
       const TraceLines trace;
       if (!job.isTraced) {
         QELVARDOSClientTrace::TurnOff();
       }
-      job.run(client);
+      try {
+        job.run(client);
+      } catch (const ZYMNullHandleError& error) {
+        raised = std::string("RAISED ") + error.what();
+      }
       for (std::size_t at = 0; at < trace.all.size(); ++at) {
         const std::string& channel = trace.channels[at];
         lines.push_back((channel == "QELVARDOSDetails" ? "" : channel + ": ") + trace.all[at]);
       }
+    }
+    if (!raised.empty()) {
+      lines.push_back(raised);
+    }
+    if (!client.listener.told.empty()) {
+      lines.push_back("DECIDED");
+      lines.insert(lines.end(), client.listener.told.begin(), client.listener.told.end());
     }
     for (const ZYMIDOMElement_var& tree : client.trees) {
       lines.push_back("TREE");
