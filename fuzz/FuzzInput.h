@@ -91,6 +91,12 @@ inline QELIVARDOSGlobalConfigObject_var ConfigurationOf(std::string_view piece) 
   return ZYMMakeComponent<WordsConfiguration>(piece);
 }
 
+inline ZYMIXMLDOMDocumentBuilder_var Builder() {
+  ZYMIXMLDOMDocumentBuilder_var builder;
+  Require(SUCCEEDED(CreateZYMIXMLDOMDocumentBuilder(builder)), "no builder");
+  return builder;
+}
+
 /// Puts the pieces that are left on the disk: the first line of each is "PATH SECONDS", the rest is the file.
 inline void PutFiles(Pieces& pieces, MemoryFiles& files) {
   while (!pieces.IsEmpty()) {
@@ -106,31 +112,31 @@ inline void PutFiles(Pieces& pieces, MemoryFiles& files) {
   }
 }
 
-/// The root of a tree, as a client hands it in; null when the text is no XML.
-inline ZYMIDOMElement_var TreeOf(std::string_view text, MemoryFiles& files) {
+/// A text as a tree that a client hands in; null when it is no XML.
+inline ZYMIDOMDocument_var DocumentOf(std::string_view text, MemoryFiles& files) {
   // A name that no object of a tree can have, since none has a line end in it.
   constexpr std::string_view Name = "tree\n";
   files.Put(Name, text);
-  ZYMIXMLDOMDocumentBuilder_var builder;
   ZYMIDOMDocument_var document;
+  const bool isRead = SUCCEEDED(Builder()->Parse(Name, {}, {}, document));
+  Require(isRead != document.IsNull(), "a status that contradicts the document");
+  files.TakeAway(Name);
+  return document;
+}
+inline ZYMIDOMElement_var RootOf(const ZYMIDOMDocument_var& document) {
   ZYMIDOMElement_var root;
-  Require(SUCCEEDED(CreateZYMIXMLDOMDocumentBuilder(builder)), "no builder");
-  if (SUCCEEDED(builder->Parse(Name, {}, {}, document))) {
+  if (document) {
     document->getDocumentElement(root);
   }
-  files.TakeAway(Name);
   return root;
 }
+inline ZYMIDOMElement_var TreeOf(std::string_view text, MemoryFiles& files) { return RootOf(DocumentOf(text, files)); }
 
 /// The text of a tree as it would be written.
 inline std::string TextOf(const ZYMIDOMNode_var& node) {
-  ZYMIXMLDOMDocumentBuilder_var builder;
-  Require(SUCCEEDED(CreateZYMIXMLDOMDocumentBuilder(builder)), "no builder");
   std::string text;
-  const HRESULT status = builder->Serialize(node, [&text](std::string_view piece) {
-    text += piece;
-    return true;
-  });
+  const auto append = [&text](std::string_view piece) { return !(text += piece).empty(); };
+  const HRESULT status = Builder()->Serialize(node, append);
   Require(SUCCEEDED(status), "the tree cannot be written");
   return text;
 }

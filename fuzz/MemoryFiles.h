@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -35,10 +36,8 @@ class MemoryFiles : public QELVARDOSFileLayer {
   void TakeAway(std::string_view name) { files_.erase(Plain(name)); }
 
   std::vector<std::string> FileNames() const {
-    std::vector<std::string> names;
-    for (const auto& [path, file] : files_) {
-      names.push_back(path);
-    }
+    std::vector<std::string> names(files_.size());
+    std::transform(files_.begin(), files_.end(), names.begin(), [](const auto& file) { return file.first; });
     return names;
   }
   /// Each file that was created, replaced or removed, and each folder that was made or hidden.

@@ -8,23 +8,13 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <set>
 #include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace {
-
-std::vector<std::filesystem::path> FilesBelow(const std::filesystem::path& folder) {
-  std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-    if (entry.is_regular_file()) {
-      files.push_back(entry.path());
-    }
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
 
 void Replay(const std::filesystem::path& file) {
   // Said before the run: a crash then leaves the name of its input as the last line.
@@ -41,10 +31,11 @@ int main(int argc, char** argv) {
   try {
     std::size_t count = 0;
     for (const std::string& folder : std::vector<std::string>(argv + 1, argv + argc)) {
-      for (const std::filesystem::path& file : FilesBelow(folder)) {
-        Replay(file);
-        ++count;
-      }
+      const std::filesystem::recursive_directory_iterator below(folder);
+      std::set<std::filesystem::path> files(begin(below), end(below));
+      std::erase_if(files, [](const auto& path) { return !std::filesystem::is_regular_file(path); });
+      std::for_each(files.begin(), files.end(), Replay);
+      count += files.size();
     }
     if (count == 0) {
       std::cerr << "the corpus is empty\n";
