@@ -2,6 +2,7 @@
 
 #include <fnmatch.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>
@@ -59,63 +60,36 @@ bool DiskSettings::Obey(const std::string& line) {
   for (std::string word; stream >> word;) {
     words.push_back(word);
   }
+  const std::size_t count = words.size();
+  words.resize(std::max<std::size_t>(count, 5));
+  const std::string& verb = words[0];
+  const std::string& what = words[1];
+  std::int64_t seconds = 0;
   const std::lock_guard lock(mutex_);
-  const std::string verb = words.empty() ? "" : words[0];
-  if (verb == "clear") {
+  if (verb == "clear" && count == 1) {
     delays_.clear();
     faults_.clear();
     ignored_.clear();
     coarse_ = shift_ = 0;
-  } else if (verb == "reset") {
+  } else if (verb == "reset" && count == 1) {
     counts_.clear();
-  }
-  return verb.empty() || verb == "clear" || verb == "reset" || (verb == "delay" && SetDelay(words)) ||
-         (verb == "fault" && AddFault(words)) || (verb == "times" && SetTimes(words)) ||
-         (verb == "ignore" && Ignore(words));
-}
-
-bool DiskSettings::SetDelay(const std::vector<std::string>& words) {
-  std::uint64_t microseconds = 0;
-  if (words.size() != 3 || !IsOperation(words[1]) || !Read(words[2], microseconds)) {
-    return false;
-  }
-  delays_[words[1]] = microseconds;
-  return true;
-}
-
-bool DiskSettings::AddFault(const std::vector<std::string>& words) {
-  if (words.size() < 4 || words.size() > 5 || !IsOperation(words[1])) {
-    return false;
-  }
-  Fault fault{words[1], words[2], ErrorNamed(words[3]), std::numeric_limits<std::uint64_t>::max()};
-  if (fault.error == 0 || (words.size() == 5 && !Read(words[4], fault.left))) {
-    return false;
-  }
-  faults_.push_back(fault);
-  return true;
-}
-
-bool DiskSettings::SetTimes(const std::vector<std::string>& words) {
-  std::int64_t seconds = 0;
-  if (words.size() != 3 || !Read(words[2], seconds)) {
-    return false;
-  }
-  if (words[1] == "coarse" && seconds > 0) {
+  } else if (std::uint64_t delay = 0; verb == "delay" && count == 3 && IsOperation(what) && Read(words[2], delay)) {
+    delays_[what] = delay;
+  } else if (verb == "fault" && (count == 4 || count == 5) && IsOperation(what)) {
+    Fault fault{what, words[2], ErrorNamed(words[3]), std::numeric_limits<std::uint64_t>::max()};
+    if (fault.error == 0 || (count == 5 && !Read(words[4], fault.left))) {
+      return false;
+    }
+    faults_.push_back(fault);
+  } else if (verb == "times" && what == "coarse" && count == 3 && Read(words[2], seconds) && seconds > 0) {
     coarse_ = seconds;
-    return true;
-  }
-  if (words[1] == "shifted") {
+  } else if (verb == "times" && what == "shifted" && count == 3 && Read(words[2], seconds)) {
     shift_ = seconds;
-    return true;
+  } else if (verb == "ignore" && count == 2 && (what == "fsync" || what == "fsyncdir")) {
+    ignored_.insert(what);
+  } else {
+    return count == 0;
   }
-  return false;
-}
-
-bool DiskSettings::Ignore(const std::vector<std::string>& words) {
-  if (words.size() != 2 || (words[1] != "fsync" && words[1] != "fsyncdir")) {
-    return false;
-  }
-  ignored_.insert(words[1]);
   return true;
 }
 

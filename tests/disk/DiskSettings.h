@@ -37,10 +37,6 @@ class DiskSettings {
     int error = 0;
     std::uint64_t left = 0;
   };
-  bool SetDelay(const std::vector<std::string>& words);
-  bool AddFault(const std::vector<std::string>& words);
-  bool SetTimes(const std::vector<std::string>& words);
-  bool Ignore(const std::vector<std::string>& words);
   int TakeFault(const std::string& operation, const std::string& path);
 
   mutable std::mutex mutex_;
