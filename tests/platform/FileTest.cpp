@@ -28,6 +28,7 @@
 #include "platform/QELXVARDOSCreoUtil.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/TestLayer.h"
+#include "tests/support/Trees.h"
 
 namespace fs = std::filesystem;
 
@@ -81,40 +82,16 @@ class StoppingLayer : public TestLayer {
   int left_;
 };
 
-mode_t ModeOf(const std::string& path) {
+struct stat FactsOf(const std::string& path) {
   struct stat facts {};
-  stat(path.c_str(), &facts);
-  return facts.st_mode & 07777U;
+  EXPECT_EQ(lstat(path.c_str(), &facts), 0) << path;
+  return facts;
 }
 
-ino_t InodeOf(const std::string& path) {
-  struct stat facts {};
-  stat(path.c_str(), &facts);
-  return facts.st_ino;
-}
-
-/// A process that has staged a file and waits; it never commits.
 /// So much is not kept until there is more.
 const std::string WrittenAtOnce(std::size_t{1} << 20U, 'w');
 
-pid_t StartStaging(const std::string& path) {
-  std::array<int, 2> ready{};
-  EXPECT_EQ(pipe(ready.data()), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    QELVARDOSFileTransaction transaction;
-    const bool staged = !transaction.Replace(path, WrittenAtOnce);
-    if (write(ready[1], "r", 1) == 1 && staged) {
-      pause();
-    }
-    _exit(1);
-  }
-  char byte = 0;
-  EXPECT_EQ(read(ready[0], &byte, 1), 1);
-  close(ready[0]);
-  close(ready[1]);
-  return child;
-}
+mode_t ModeOf(const std::string& path) { return FactsOf(path).st_mode & 07777U; }
 
 /// A process that ends with what run answers.
 template <typename Run>
@@ -126,15 +103,26 @@ pid_t StartChild(const Run& run) {
   return child;
 }
 
+/// A process that has staged a file and waits; it never commits.
+pid_t StartStaging(const std::string& path) {
+  std::array<int, 2> ready{};
+  EXPECT_EQ(pipe(ready.data()), 0);
+  const pid_t child = StartChild([&] {
+    QELVARDOSFileTransaction transaction;
+    const bool staged = !transaction.Replace(path, "never to be seen");
+    return write(ready[1], "r", 1) == 1 && staged ? pause() : 1;
+  });
+  char byte = 0;
+  EXPECT_EQ(read(ready[0], &byte, 1), 1);
+  close(ready[0]);
+  close(ready[1]);
+  return child;
+}
+
 int EndOf(pid_t child) {
   int status = -1;
   waitpid(child, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-template <typename Run>
-int InChild(const Run& run) {
-  return EndOf(StartChild(run));
 }
 
 void Kill(pid_t process) {
@@ -143,32 +131,25 @@ void Kill(pid_t process) {
 }
 
 TEST(Path, splits_and_joins_as_text) {
-  struct Split {
-    const char *path, *folder, *name, *base, *extension;
-  };
-  const std::vector<Split> splits = {{"", "", "", "", ""},
-                                     {"a.prt", "", "a.prt", "a", "prt"},
-                                     {"/a", "/", "a", "a", ""},
-                                     {"/", "/", "", "", ""},
-                                     {"x.y/a", "x.y", "a", "a", ""},
-                                     {"x/y/", "x/y", "", "", ""},
-                                     {"x/.xml", "x", ".xml", ".xml", ""},
-                                     {"x/..xml", "x", "..xml", ".", "xml"},
-                                     {"x/a.b.c", "x", "a.b.c", "a.b", "c"},
-                                     {"x/a.", "x", "a.", "a", ""}};
+  const Rows<5> splits = {{"", "", "", "", ""},
+                          {"a.prt", "", "a.prt", "a", "prt"},
+                          {"/a", "/", "a", "a", ""},
+                          {"/", "/", "", "", ""},
+                          {"x.y/a", "x.y", "a", "a", ""},
+                          {"x/y/", "x/y", "", "", ""},
+                          {"x/.xml", "x", ".xml", ".xml", ""},
+                          {"x/..xml", "x", "..xml", ".", "xml"},
+                          {"x/a.b.c", "x", "a.b.c", "a.b", "c"},
+                          {"x/a.", "x", "a.", "a", ""}};
   for (const auto& [path, folder, name, base, extension] : splits) {
     EXPECT_EQ(QELVARDOSPath(path).GetDirName(), QELVARDOSPath(folder)) << path;
     EXPECT_EQ(QELVARDOSPath(path).GetFileName(), name) << path;
     EXPECT_EQ(QELVARDOSPath(path).GetBaseName(), base) << path;
     EXPECT_EQ(QELVARDOSPath(path).GetExtension(), extension) << path;
   }
-  struct Join {
-    const char *left, *right, *joined;
-  };
-  const std::vector<Join> joins = {{"", "", ""},       {"a", "", "a"},        {"a/", "", "a/"},
-                                   {"", "/b", "/b"},   {"a", "b", "a/b"},     {"a/", "b", "a/b"},
-                                   {"a", "/b", "a/b"}, {"a/", "/b", "a/b"},   {"/", "b", "/b"},
-                                   {"/", "/b", "/b"},  {"a//", "//b", "a/b"}, {"..", "../b", "../../b"}};
+  const Rows<3> joins = {{"", "", ""},      {"a", "", "a"},     {"a/", "", "a/"},      {"", "/b", "/b"},
+                         {"a", "b", "a/b"}, {"a/", "b", "a/b"}, {"a", "/b", "a/b"},    {"a/", "/b", "a/b"},
+                         {"/", "b", "/b"},  {"/", "/b", "/b"},  {"a//", "//b", "a/b"}, {"..", "../b", "../../b"}};
   for (const auto& [left, right, joined] : joins) {
     EXPECT_EQ(QELVARDOSPath(left) / QELVARDOSPath(right), QELVARDOSPath(joined)) << left << " / " << right;
   }
@@ -275,6 +256,13 @@ TEST_F(FileTest, no_operation_leaves_a_file_open_whether_it_succeeds_or_fails) {
     layer.WriteNew(At("new"), std::string(size, 'x'), like);
     layer.Remove(At("new"));
   };
+  const auto claim = [&](const std::string& folder, QELVARDOSFolderUse use) {
+    QELVARDOSFolderClaim held;
+    QELVARDOSFolderClaim refused;
+    layer.ClaimFolder(folder, use, held);
+    layer.ClaimFolder(folder, QELVARDOSFolderUse::Clean, refused);
+  };
+  const std::vector<std::string> several = {At("file"), At("large"), At("none")};
   const std::vector<std::pair<std::string, std::function<void()>>> operations = {
       {"Stat", [&] { layer.Stat(At("file")); }},
       {"Read", [&] { layer.Read(At("file"), bytes, QELVARDOSFileLayer::AnySize); }},
@@ -285,26 +273,13 @@ TEST_F(FileTest, no_operation_leaves_a_file_open_whether_it_succeeds_or_fails) {
       {"Read what is none", [&] { EXPECT_TRUE(layer.Read(At("none"), bytes, 1)); }},
       {"List", [&] { layer.List(root_, names), layer.List(At("file"), names); }},
       {"MakeFolder", [&] { layer.MakeFolder(At("made")), layer.HideFolder(At("made")), layer.Remove(At("made")); }},
-      {"ClaimFolder",
-       [&] {
-         QELVARDOSFolderClaim claim;
-         QELVARDOSFolderClaim refused;
-         layer.ClaimFolder(root_, QELVARDOSFolderUse::Write, claim);
-         layer.ClaimFolder(root_, QELVARDOSFolderUse::Clean, refused);
-         layer.ClaimFolder(At("file"), QELVARDOSFolderUse::Write, refused);
-       }},
+      {"ClaimFolder", [&] { claim(root_, QELVARDOSFolderUse::Write), claim(At("file"), QELVARDOSFolderUse::Write); }},
       {"WriteNew", [&] { write("", 4), write(At("file"), 4), layer.WriteNew(At("file"), "", ""); }},
       {"WriteNew like none", [&] { write(At("none"), 4); }},
       {"WriteNew like a closed one", [&] { chmod(At("pipe").c_str(), 0), write(At("pipe"), 4); }},
-      {"MakeDurable",
-       [&] {
-         layer.MakeDurable({At("file"), At("large"), At("none")});
-       }},
+      {"MakeDurable", [&] { layer.MakeDurable(several), layer.MakeFoldersDurable({root_}); }},
       {"MakeDurable many", [&] { layer.MakeDurable(std::vector<std::string>(20, At("file"))); }},
-      {"MakeFoldersDurable",
-       [&] {
-         layer.MakeFoldersDurable({root_, At("none")});
-       }},
+      {"MakeFoldersDurable of none", [&] { layer.MakeFoldersDurable({At("none")}); }},
       {"Rename", [&] { layer.Rename(At("file"), At("file")), layer.Rename(At("none"), At("file")); }},
       {"Remove", [&] { layer.Remove(At("none")); }},
       {"many lookups",
@@ -328,11 +303,8 @@ TEST_F(FileTest, no_operation_leaves_a_file_open_whether_it_succeeds_or_fails) {
 TEST_F(FileTest, lookups_that_ended_know_nothing_of_a_folder_that_was_replaced_meanwhile) {
   QELVARDOSFileLayer& layer = QELVARDOSFileLayer::System();
   const auto put = [this](const std::string& text) {
-    fs::remove_all(At("moved"));
-    if (fs::exists(At("folder"))) {
-      fs::rename(At("folder"), At("moved"));
-    }
     fs::create_directory(At("folder"));
+    fs::rename(At("folder"), At("moved to " + text));
     Put("folder/file", text);
   };
   const auto look = [&](const std::string& text) {
@@ -392,7 +364,7 @@ TEST_F(FileTest, a_transaction_replaces_all_keeps_modes_and_leaves_equal_files_a
   Put("same", "same");
   Put("resized", "much longer than before");
   chmod(At("changed").c_str(), 0606);
-  const ino_t inode = InodeOf(At("same"));
+  const ino_t inode = FactsOf(At("same")).st_ino;
   {
     QELVARDOSFileTransaction transaction;
     for (const std::string& name : {std::string("changed"), std::string("same"), std::string("resized"), longName}) {
@@ -403,7 +375,7 @@ TEST_F(FileTest, a_transaction_replaces_all_keeps_modes_and_leaves_equal_files_a
   }
   umask(mask);
   EXPECT_EQ(Content(), (Folder{{"changed", "new"}, {"same", "same"}, {"resized", "same"}, {longName, "same"}}));
-  EXPECT_EQ(InodeOf(At("same")), inode);
+  EXPECT_EQ(FactsOf(At("same")).st_ino, inode);
   EXPECT_EQ(ModeOf(At("changed")), 0606U);
   EXPECT_EQ(ModeOf(At(longName)), 0640U);
   EXPECT_EQ(layer.fates, (TestLayer::Names{"changed: written", "same: already the same", "resized: written",
@@ -534,8 +506,7 @@ TEST_F(FileTest, a_replaced_file_keeps_its_owner_mode_and_attributes) {
   const mode_t mask = umask(0);
   EXPECT_FALSE(QELVARDOSReplaceFile(path, "new"));
   umask(mask);
-  struct stat facts {};
-  ASSERT_EQ(stat(path.c_str(), &facts), 0);
+  const struct stat facts = FactsOf(path);
   EXPECT_EQ(facts.st_mode & 07777U, 0604U);
   if (geteuid() == 0) {
     EXPECT_EQ(facts.st_uid, 65534U);
@@ -578,7 +549,7 @@ TEST_F(FileTest, who_may_not_set_owners_locks_nobody_out_and_opens_nothing) {
     ASSERT_EQ(chown(At(file.name).c_str(), file.owner, file.group), 0);
     ASSERT_EQ(chmod(At(file.name).c_str(), file.mode), 0);
   }
-  const int status = InChild([&] {
+  const int status = EndOf(StartChild([&] {
     if (setgroups(0, nullptr) != 0 || setgid(1) != 0 || setuid(Nobody) != 0) {
       return 1;
     }
@@ -590,7 +561,7 @@ TEST_F(FileTest, who_may_not_set_owners_locks_nobody_out_and_opens_nothing) {
       }
     }
     return 0;
-  });
+  }));
   EXPECT_EQ(status, 0);
   for (const Case& file : cases) {
     EXPECT_EQ(Content()[file.name], file.written ? "new" : "old") << file.name;
