@@ -50,15 +50,14 @@ class HostLeaveTest : public ModuleTest {
   }
 
   ScratchFolder folder_;
-  const TestConfiguration_var config_ = ZYMMakeComponent<TestConfiguration>();
+  const QELXIVARDOSRecognitionHandler_var recorder_ = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(
+      ZYMUnicodeString("CREO"), QELIVARDOSGlobalConfigObject_var(ZYMMakeComponent<TestConfiguration>()));
 };
 
 TEST_F(HostLeaveTest, recognition_ends_between_two_objects_and_leaves_the_rest_untouched) {
-  const QELXIVARDOSRecognitionHandler_var withRecords = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(
-      ZYMUnicodeString("CREO"), QELIVARDOSGlobalConfigObject_var(config_));
   const QELXIVARDOSRecognitionHandler_var withoutRecords =
       ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(ZYMUnicodeString("quick"));
-  for (const auto& handler : {withRecords, withoutRecords}) {
+  for (const auto& handler : {recorder_, withoutRecords}) {
     for (const int last : {2, 3}) {
       Leaver host(last);
       handler->SetObserver(&host);
@@ -76,8 +75,6 @@ TEST_F(HostLeaveTest, recognition_ends_between_two_objects_and_leaves_the_rest_u
 }
 
 TEST_F(HostLeaveTest, recording_ends_before_the_first_file_changes_or_not_at_all) {
-  const auto recorder = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(ZYMUnicodeString("CREO"),
-                                                                       QELIVARDOSGlobalConfigObject_var(config_));
   const ZYMIDOMElement_var response = Objects("<response cname='checkoutEx'><info>", "</info></response>");
   for (const bool hasOldRecord : {false, true}) {
     if (hasOldRecord) {
@@ -86,8 +83,8 @@ TEST_F(HostLeaveTest, recording_ends_before_the_first_file_changes_or_not_at_all
     for (const int last : {1, 2, 3}) {
       Leaver host(last);
       const TestLayer layer;
-      recorder->SetObserver(&host);
-      EXPECT_EQ(recorder->CreateOrUpdateLRD(response, RecordMap()), E_ABORT);
+      recorder_->SetObserver(&host);
+      EXPECT_EQ(recorder_->CreateOrUpdateLRD(response, RecordMap()), E_ABORT);
       EXPECT_EQ(host.asked.size(), static_cast<std::size_t>(last));
       EXPECT_EQ(host.asked.back(), "record " + std::to_string(last) + " of 3");
       EXPECT_EQ(QELVARDOSSystemUtils::LastError(), "ended by the host");
@@ -100,28 +97,26 @@ TEST_F(HostLeaveTest, recording_ends_before_the_first_file_changes_or_not_at_all
   EXPECT_EQ(folder_.File("work/.KORVANTHEMIX/b.prt.xml"), "old");
   Leaver patient(4);
   const TestLayer layer;
-  recorder->SetObserver(&patient);
-  EXPECT_EQ(recorder->CreateOrUpdateLRD(response, RecordMap()), S_OK);
+  recorder_->SetObserver(&patient);
+  EXPECT_EQ(recorder_->CreateOrUpdateLRD(response, RecordMap()), S_OK);
   EXPECT_THAT(layer.fates, UnorderedElementsAre("a.prt.xml: written", "b.prt.xml: written", "c.prt.xml: written"));
 }
 
 TEST_F(HostLeaveTest, every_way_to_record_tells_that_it_was_ended) {
-  const auto recorder = ZYMMakeComponent<QELXVARDOSRecognitionHandler>(ZYMUnicodeString("CREO"),
-                                                                       QELIVARDOSGlobalConfigObject_var(config_));
   RecordMap records;
-  recorder->GetLRDMap(Objects("<command cname='checkinEx'>", "</command>"), records);
+  recorder_->GetLRDMap(Objects("<command cname='checkinEx'>", "</command>"), records);
   ASSERT_EQ(records.Size(), 3);
   QELXIVARDOSLRDObject_varList list;
   for (const auto& entry : records) {
     list.Append(entry.second);
   }
   Leaver host(1);
-  recorder->SetObserver(&host);
-  EXPECT_EQ(recorder->CreateOrUpdateLRD(list), E_ABORT);
+  recorder_->SetObserver(&host);
+  EXPECT_EQ(recorder_->CreateOrUpdateLRD(list), E_ABORT);
   for (const std::string command : {"checkinEx", "checkoutExPath"}) {
-    EXPECT_EQ(
-        recorder->CreateOrUpdateLRD(Objects("<response cname='" + command + "'><info>", "</info></response>"), records),
-        E_ABORT)
+    EXPECT_EQ(recorder_->CreateOrUpdateLRD(Objects("<response cname='" + command + "'><info>", "</info></response>"),
+                                           records),
+              E_ABORT)
         << command;
   }
   EXPECT_EQ(host.asked.size(), 3U);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -25,6 +26,24 @@ class FailingDom {
   FailingDom& operator=(const FailingDom&) = delete;
 
   bool HasFailed() const { return left_ < 0; }
+
+  /// Runs again and again with trees of which one call fails, each time a later one, until none does. No component may
+  /// stay of a run.
+  template <typename Run>
+  static void FailEach(const Run& run) {
+    bool failed = true;
+    for (int calls = 0; failed; ++calls) {
+      SCOPED_TRACE(std::to_string(calls) + " calls succeed");
+      ASSERT_LT(calls, 2000);
+      const std::int64_t living = ZYMBaseUnknown::LivingComponents();
+      {
+        const FailingDom dom(calls);
+        run(dom);
+        failed = dom.HasFailed();
+      }
+      ASSERT_EQ(ZYMBaseUnknown::LivingComponents(), living);
+    }
+  }
 
   static ZYMIDOMElement_var Wrap(const ZYMIDOMElement_var& element) { return Double(element); }
   /// The node behind a double.
