@@ -178,11 +178,6 @@ void Lookup(fuse_req_t request, fuse_ino_t folder, const char* name) {
   }
 }
 
-void Forget(fuse_req_t request, fuse_ino_t node, std::uint64_t tellings) {
-  nodes.Forget(node, tellings);
-  fuse_reply_none(request);
-}
-
 void AnswerControlFacts(fuse_req_t request) {
   const struct stat facts = ControlFacts();
   fuse_reply_attr(request, &facts, 0);
@@ -254,21 +249,6 @@ void MakeEntry(fuse_req_t request, const char* operation, const std::string& pat
   });
 }
 
-void MakeFolder(fuse_req_t request, fuse_ino_t folder, const char* name, mode_t mode) {
-  MakeEntry(
-      request, "mkdir", Child(folder, name), [=](const char* path) { return mkdir(path, mode); }, mode);
-}
-
-void MakeSymbolicLink(fuse_req_t request, const char* target, fuse_ino_t folder, const char* name) {
-  MakeEntry(
-      request, "symlink", Child(folder, name), [=](const char* path) { return symlink(target, path); }, target);
-}
-
-void MakeLink(fuse_req_t request, fuse_ino_t node, fuse_ino_t folder, const char* name) {
-  MakeEntry(request, "link", Child(folder, name),
-            [=](const char* path) { return link(Backed(nodes.PathOf(node)).c_str(), path); });
-}
-
 void RemoveEntry(fuse_req_t request, const char* operation, const std::string& path, int (*remove)(const char*)) {
   Change(request, operation, path, [&] {
     const bool done = Logged(remove(Backed(path).c_str()), operation, path);
@@ -277,14 +257,6 @@ void RemoveEntry(fuse_req_t request, const char* operation, const std::string& p
     }
     return ErrorUnless(done);
   });
-}
-
-void Unlink(fuse_req_t request, fuse_ino_t folder, const char* name) {
-  RemoveEntry(request, "unlink", Child(folder, name), unlink);
-}
-
-void RemoveFolder(fuse_req_t request, fuse_ino_t folder, const char* name) {
-  RemoveEntry(request, "rmdir", Child(folder, name), rmdir);
 }
 
 void Rename(fuse_req_t request, fuse_ino_t folder, const char* name, fuse_ino_t newFolder, const char* newName,
@@ -420,14 +392,6 @@ void Flush(fuse_req_t request, const char* operation, fuse_ino_t node, ino_t ino
   });
 }
 
-void FlushFile(fuse_req_t request, fuse_ino_t node, int /*dataOnly*/, fuse_file_info* file) {
-  Flush(request, "fsync", node, InodeOf(DescriptorOf(file)));
-}
-
-void FlushFolder(fuse_req_t request, fuse_ino_t node, int /*dataOnly*/, fuse_file_info* /*folder*/) {
-  Flush(request, "fsyncdir", node, InodeOf(nodes.PathOf(node)));
-}
-
 using Listing = std::vector<std::pair<std::string, struct stat>>;
 
 void OpenFolder(fuse_req_t request, fuse_ino_t node, fuse_file_info* folder) {
@@ -472,15 +436,6 @@ void ReadFolder(fuse_req_t request, fuse_ino_t node, std::size_t size, off_t off
   });
 }
 
-void ReleaseFolder(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* folder) {
-  const std::unique_ptr<Listing> listing(&KeptFor<Listing>(folder));
-  fuse_reply_err(request, 0);
-}
-
-void Access(fuse_req_t request, fuse_ino_t node, int mask) {
-  Operate(request, "access", node, [=] { return ErrorUnless(access(Backed(nodes.PathOf(node)).c_str(), mask) == 0); });
-}
-
 /// Answers with a text, or with its length when the caller has no room yet.
 template <typename Get>
 void AnswerText(fuse_req_t request, const char* operation, fuse_ino_t node, std::size_t size, const Get& get) {
@@ -493,16 +448,6 @@ void AnswerText(fuse_req_t request, const char* operation, fuse_ino_t node, std:
     }
     return AnswerBytes(request, length, text.data());
   });
-}
-
-void GetExtended(fuse_req_t request, fuse_ino_t node, const char* name, std::size_t size) {
-  AnswerText(request, "getxattr", node, size,
-             [=](const char* path, char* value) { return lgetxattr(path, name, value, size); });
-}
-
-void ListExtended(fuse_req_t request, fuse_ino_t node, std::size_t size) {
-  AnswerText(request, "listxattr", node, size,
-             [=](const char* path, char* names) { return llistxattr(path, names, size); });
 }
 
 void SetExtended(fuse_req_t request, fuse_ino_t node, const char* name, const char* value, std::size_t size,
@@ -518,29 +463,61 @@ void SetExtended(fuse_req_t request, fuse_ino_t node, const char* name, const ch
 fuse_lowlevel_ops Operations() {
   fuse_lowlevel_ops table{};
   table.lookup = Lookup;
-  table.forget = Forget;
+  table.forget = [](fuse_req_t request, fuse_ino_t node, std::uint64_t tellings) {
+    nodes.Forget(node, tellings);
+    fuse_reply_none(request);
+  };
   table.getattr = GetAttributes;
   table.setattr = SetAttributes;
   table.readlink = ReadLink;
-  table.mkdir = MakeFolder;
-  table.unlink = Unlink;
-  table.rmdir = RemoveFolder;
-  table.symlink = MakeSymbolicLink;
+  table.mkdir = [](fuse_req_t request, fuse_ino_t folder, const char* name, mode_t mode) {
+    MakeEntry(
+        request, "mkdir", Child(folder, name), [=](const char* path) { return mkdir(path, mode); }, mode);
+  };
+  table.unlink = [](fuse_req_t request, fuse_ino_t folder, const char* name) {
+    RemoveEntry(request, "unlink", Child(folder, name), unlink);
+  };
+  table.rmdir = [](fuse_req_t request, fuse_ino_t folder, const char* name) {
+    RemoveEntry(request, "rmdir", Child(folder, name), rmdir);
+  };
+  table.symlink = [](fuse_req_t request, const char* target, fuse_ino_t folder, const char* name) {
+    MakeEntry(
+        request, "symlink", Child(folder, name), [=](const char* path) { return symlink(target, path); }, target);
+  };
   table.rename = Rename;
-  table.link = MakeLink;
+  table.link = [](fuse_req_t request, fuse_ino_t node, fuse_ino_t folder, const char* name) {
+    MakeEntry(request, "link", Child(folder, name),
+              [=](const char* path) { return link(Backed(nodes.PathOf(node)).c_str(), path); });
+  };
   table.open = Open;
   table.read = Read;
   table.write = Write;
   table.release = Release;
-  table.fsync = FlushFile;
+  table.fsync = [](fuse_req_t request, fuse_ino_t node, int /*dataOnly*/, fuse_file_info* file) {
+    Flush(request, "fsync", node, InodeOf(DescriptorOf(file)));
+  };
   table.opendir = OpenFolder;
   table.readdir = ReadFolder;
-  table.releasedir = ReleaseFolder;
-  table.fsyncdir = FlushFolder;
+  table.releasedir = [](fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* folder) {
+    const std::unique_ptr<Listing> listing(&KeptFor<Listing>(folder));
+    fuse_reply_err(request, 0);
+  };
+  table.fsyncdir = [](fuse_req_t request, fuse_ino_t node, int /*dataOnly*/, fuse_file_info* /*folder*/) {
+    Flush(request, "fsyncdir", node, InodeOf(nodes.PathOf(node)));
+  };
   table.setxattr = SetExtended;
-  table.getxattr = GetExtended;
-  table.listxattr = ListExtended;
-  table.access = Access;
+  table.getxattr = [](fuse_req_t request, fuse_ino_t node, const char* name, std::size_t size) {
+    AnswerText(request, "getxattr", node, size,
+               [=](const char* path, char* value) { return lgetxattr(path, name, value, size); });
+  };
+  table.listxattr = [](fuse_req_t request, fuse_ino_t node, std::size_t size) {
+    AnswerText(request, "listxattr", node, size,
+               [=](const char* path, char* names) { return llistxattr(path, names, size); });
+  };
+  table.access = [](fuse_req_t request, fuse_ino_t node, int mask) {
+    Operate(request, "access", node,
+            [=] { return ErrorUnless(access(Backed(nodes.PathOf(node)).c_str(), mask) == 0); });
+  };
   table.create = Create;
   return table;
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -27,20 +28,11 @@ std::vector<std::string>& Events() {
 }
 
 void Observe(ZYMDictionaryEvent event, const char* name) {
-  switch (event) {
-    case ZYMDictionaryEvent::MetaObjectAdded:
-      Events().push_back(std::string("+class ") + name);
-      break;
-    case ZYMDictionaryEvent::MetaObjectRemoved:
-      Events().push_back(std::string("-class ") + name);
-      break;
-    case ZYMDictionaryEvent::CreationAdded:
-      Events().push_back(std::string("+creation ") + name);
-      break;
-    case ZYMDictionaryEvent::CreationRemoved:
-      Events().push_back(std::string("-creation ") + name);
-      break;
-  }
+  const std::map<ZYMDictionaryEvent, std::string> words = {{ZYMDictionaryEvent::MetaObjectAdded, "+class "},
+                                                           {ZYMDictionaryEvent::MetaObjectRemoved, "-class "},
+                                                           {ZYMDictionaryEvent::CreationAdded, "+creation "},
+                                                           {ZYMDictionaryEvent::CreationRemoved, "-creation "}};
+  Events().push_back(words.at(event) + name);
 }
 
 /// What has to happen to undo the events, in that order.

@@ -90,25 +90,6 @@ TEST_F(FactoryTest, a_command_calls_for_a_format_and_a_composition_for_its_recor
   EXPECT_EQ(versions_.GetLRDVersion(TextNode()), "");
 }
 
-TEST_F(FactoryTest, sub_records_have_the_identifier_the_members_and_the_record_file) {
-  const Record full =
-      Make("<command/>", "<cadobject type='part' filename='a.prt.3' dirname='/d' familyid='F1,,F2' composerid='C'/>");
-  Record child;
-  Record composition;
-  full->GetChildLRDObject(child);
-  full->GetCompositionLRDObject(composition);
-  EXPECT_EQ(child->GetId(), "a.prt");
-  EXPECT_EQ(composition->GetId(), "a.prt");
-  EXPECT_EQ(Joined(composition->GetCompositionList()), "F1 F2 C ");
-  for (const Record& record : {full, child, composition}) {
-    EXPECT_EQ(record->GetLRDFilePath(), "/d/.KORVANTHEMIX/a.prt.xml");
-    EXPECT_EQ(record->GetObjectFilePath().ToString(), "/d/a.prt.3");
-  }
-  config_->cadName = "OTHER";
-  const Record other = Make("<command/>", "<cadobject filename='a.prt.3' dirname='/d'/>");
-  EXPECT_EQ(other->GetLRDFilePath(), "/d/.KORVANTHEMIX/a.prt.3.xml");
-}
-
 TEST_F(FactoryTest, a_caller_s_errors_raise) {
   const ZYMIDOMNode_var object = Tree("<cadobject/>");
   Record record;
@@ -119,24 +100,6 @@ TEST_F(FactoryTest, a_caller_s_errors_raise) {
   EXPECT_THROW(factory_.GetLRDObject(nullptr, object, object, record), ZYMNullHandleError);
   EXPECT_THROW(factory_.ClassifyLRDObject(config_, object, nullptr), ZYMNullHandleError);
   EXPECT_THROW(factory_.SetLRDFile(config_, object, nullptr), ZYMNullHandleError);
-}
-
-TEST_F(FactoryTest, an_element_of_a_record_file_and_the_file_s_version_decide_the_class) {
-  for (const auto& [element, version, classes] : Rows<3>{{"object", "", "Full --"},
-                                                         {"object", "3.0", "Full_V1 --"},
-                                                         {"object", "2.0", "Full_V2 --"},
-                                                         {"structure", "2.0", "Child_V1 --"},
-                                                         {"composition", "4.0", "Composition_V4 --"},
-                                                         {"rel", "2.0", "Rel --"},
-                                                         {"rel", "3.0", "Rel_V3 --"},
-                                                         {"object", "5.0", ""},
-                                                         {"cadobject", "4.0", ""},
-                                                         {"Object", "4.0", ""}}) {
-    Record record;
-    const ZYMIDOMElement_var tree = Tree(Element(element, "", Core()));
-    EXPECT_EQ(factory_.GetLRDObjectFromLRDFile(tree, version, record), S_OK);
-    EXPECT_EQ(Classes(record), classes) << element << " " << version;
-  }
 }
 
 TEST_F(FactoryTest, the_platform_s_own_objects_have_one_class_and_all_others_those_of_their_type) {

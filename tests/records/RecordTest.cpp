@@ -171,26 +171,6 @@ TEST_F(RecordTest, an_update_takes_what_the_server_changes_down_to_the_sub_recor
   }
 }
 
-TEST_F(RecordTest, only_the_exact_action_lets_an_update_take_the_origin_and_the_classification) {
-  for (const auto& [element, taken] : Rows<2>{{"<o action='setcadorigin'/>", "NEW"},
-                                              {"<o action='setCadOrigin'/>", "OLD"},
-                                              {"<o action='setcadorigin '/>", "OLD"},
-                                              {"<o/>", "OLD"}}) {
-    const Record answer = FullV4("<o cadorigin='NEW'/>");
-    answer->AddTypeClass("NEW");
-    const std::string object = "<o cadorigin='OLD' action='setcadorigin'/>";
-    for (const Record& record :
-         {Full<QELXVARDOSFullLRDObject_V1>(object), Full<QELXVARDOSFullLRDObject_V2>(object), FullV4(object)}) {
-      record->AddTypeClass("OLD");
-      record->UpdateLRDObjectFromXML(Tree("<o action='setcadorigin'/>"));
-      EXPECT_EQ(record->UpdateLRDObjectFromXML(Tree(element)), S_OK);
-      record->updateLRDObject(answer);
-      EXPECT_EQ(record->GetCadOrigin(), taken) << element << " " << record->IsA();
-      EXPECT_EQ(Joined(record->GetTypeClasses()), taken + " ") << element << " " << record->IsA();
-    }
-  }
-}
-
 TEST_F(RecordTest, a_child_is_found_by_its_id_depth_first_parents_before_children) {
   const Record top = Plain();
   EXPECT_EQ(Found(top, "x"), "");

@@ -7,7 +7,6 @@
 #include "tests/support/ModuleTest.h"
 #include "tests/support/Records.h"
 #include "tests/support/ScratchFolder.h"
-#include "tests/support/TraceLines.h"
 
 namespace {
 
@@ -183,27 +182,6 @@ TEST_F(RecordXmlTest, a_relationship_takes_its_first_child_s_physical_id_and_kee
   EXPECT_EQ(rel->GetChildPhid(), "new");
   EXPECT_EQ(Xml(FromFile("QELXVARDOSRelLRDObject_V3", "<rel><phid/><childPhid/></rel>")),
             "<rel id=\"\"><phid></phid></rel>");
-}
-
-TEST_F(RecordXmlTest, the_trace_names_the_nodes_that_were_added) {
-  const Record rel = FromFile("QELXVARDOSRelLRDObject_V3", "<rel><phid>R</phid><childPhid>K</childPhid></rel>");
-  const Record full = FullV4("<o phid='P' ceStamp='CE' macroceStamp='M' xsStamp='XS' hashcode='H'/>");
-  const auto added = [](const Record& record, int callsBefore) {
-    const FailingDom dom(callsBefore, "createTextNode");
-    const TraceLines lines;
-    ZYMIDOMElement_var element;
-    record->GetXMLFormat({}, element);
-    std::string named;
-    for (const std::string& line : lines.all) {
-      const std::size_t end = line.find(" node added with value : ");
-      named += end == std::string::npos ? "" : line.substr(0, end) + " ";
-    }
-    return named;
-  };
-  EXPECT_EQ(added(full, 100), "phid objectChangeStamp ceStamp macroceStamp xsStamp hashcode ");
-  EXPECT_EQ(added(full, 4), "phid objectChangeStamp ceStamp macroceStamp ");
-  EXPECT_EQ(added(full, 0), "");
-  EXPECT_EQ(added(rel, 100), "phid ") << "no line has ever told of a relationship's child";
 }
 
 TEST_F(RecordXmlTest, a_failure_of_any_step_is_passed_on_and_leaves_nothing) {
