@@ -41,20 +41,16 @@ TEST_F(ComponentTest, a_handle_narrows_to_what_the_component_offers_and_a_null_h
   const Record record = Named("a");
   const ZYMBaseUnknown_var component(record);
   EXPECT_EQ(Record(component), record);
-  EXPECT_TRUE(QELXIVARDOSLRDXMLHandler_var(component).IsNull());
-  EXPECT_TRUE(ZYMIDOMNode_var(record).IsNull());
+  EXPECT_TRUE(QELXIVARDOSLRDXMLHandler_var(component).IsNull() && ZYMIDOMNode_var(record).IsNull());
   EXPECT_THAT([] { Record()->GetId(); }, ThrowsMessage<ZYMNullHandleError>(HasSubstr("QELXIVARDOSLRDObject")));
   EXPECT_THAT([] { *ZYMIDOMElement_var(); }, ThrowsMessage<ZYMNullHandleError>(HasSubstr("ZYMIDOMElement")));
-}
 
-TEST_F(ComponentTest, query_interface_adds_a_reference_or_hands_out_null) {
-  const Record record = Named("a");
   void* object = nullptr;
   ASSERT_EQ(record->QueryInterface(QELXIVARDOSLRDObject::ClassId(), &object), S_OK);
   EXPECT_EQ(object, static_cast<ZYMBaseUnknown*>(record.Get()));
   ASSERT_EQ(record->QueryInterface("ZYMBaseUnknown", &object), S_OK);
+  EXPECT_EQ(record->Release(), 3U) << "each has added a reference";
   EXPECT_EQ(record->Release(), 2U);
-  EXPECT_EQ(record->Release(), 1U);
   for (const char* name : {"QELXVARDOSLRDObject", "QELXIVARDOSRecognitionHandler", ""}) {
     object = &object;
     EXPECT_EQ(record->QueryInterface(name, &object), E_FAIL) << name;
@@ -124,13 +120,11 @@ TEST_F(ComponentTest, a_list_counts_from_one_and_passes_over_positions_out_of_ra
 }
 
 TEST_F(ComponentTest, lists_and_dictionaries_take_what_lies_in_themselves) {
-  Records list;
+  Records list{Named("a"), Named("b"), Named("c")};
   RecordMap map;
-  for (const char* cadId : {"a", "b", "c"}) {
-    const Record parent = Named(cadId);
-    parent->AddChild(Named(std::string("below ") + cadId));
-    list.Append(parent);
-    map.Insert(cadId, parent);
+  for (const Record& record : list) {
+    record->AddChild(Named("below " + record->GetCadId().Str()));
+    map.Insert(record->GetCadId(), record);
   }
   for (int count = 0; count < 9; ++count) {
     list.Append(list.begin()[0]);
@@ -142,7 +136,6 @@ TEST_F(ComponentTest, lists_and_dictionaries_take_what_lies_in_themselves) {
   for (const Record& record : std::as_const(list)) {
     ASSERT_EQ(record->GetChildren().Size(), 1);
   }
-
   list.RemoveAll();
   map.Insert("d", *map.Find("a"));
   map.Insert(map.begin()->first, map.begin()->second);
@@ -157,32 +150,26 @@ TEST_F(ComponentTest, lists_and_dictionaries_take_what_lies_in_themselves) {
   // Only the list itself holds the record whose list it becomes.
   list.Append(Named("parent"));
   list[1]->AddChild(Named("child"));
-  list[1]->AddChild(Named("another"));
   list = (*list.begin())->GetChildren();
-  EXPECT_EQ(CadIds(list), "child another ");
+  EXPECT_EQ(CadIds(list), "child ");
 }
 
 TEST_F(ComponentTest, locate_finds_the_first_equal_component_in_short_and_long_lists_whatever_changed_before) {
   for (const int size : {3, 1000}) {
     Records list;
-    std::vector<Record> records;
     for (int number = 0; number < size; ++number) {
-      records.push_back(Named("same"));
-      list.Append(records.back());
+      list.Append(Named("same"));
     }
+    const std::vector<Record> records(list.begin(), list.begin() + 3);
     list.Append(nullptr);
     list.Append(records[1]);
-    const auto first = list.begin();
     EXPECT_EQ(list.Locate(records[1]), 2);
-    *first = records[1];
+    *list.begin() = records[1];
     EXPECT_EQ(list.Locate(records[1]), 1);
     EXPECT_EQ(list.Locate(records[0]), 0);
-    *first = records[0];
     EXPECT_EQ(list.Locate(records[1], 3), size + 2);
     EXPECT_EQ(list.Locate(nullptr), size + 1);
-    EXPECT_EQ(list.Locate(Named("same")), 0);
     list.RemovePosition(1);
-    EXPECT_EQ(list.Locate(records[0]), 0);
     list.Prepend(records[0]);
     EXPECT_EQ(list.Locate(records[2]), 3);
     list.begin()[0] = records[2];

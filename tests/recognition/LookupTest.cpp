@@ -147,22 +147,6 @@ TEST_F(LookupTest, a_failing_search_for_the_information_is_the_status_and_leaves
                ZYMNullHandleError);
 }
 
-TEST_F(LookupTest, the_map_for_the_cache_shares_plain_records_and_copies_those_of_streams) {
-  const RecordMap records = Known("P");
-  std::string objects;
-  for (const char* attributes :
-       {"cadid='1' phid='P'", "cadid='2' phid='P'", "cadid='3' phid='P' streamkind='k'",
-        "cadid='4' phid='P' streamkind='k'", "cadid='5' phid='z'", "cadid='6' streamkind='k'"}) {
-    objects += Element("cadobject", attributes);
-  }
-  RecordMap out;
-  EXPECT_EQ(handler_->GetCadidLRDMapForCache(Command(objects), records, out), S_OK);
-  EXPECT_EQ(out.Size(), 4);
-  EXPECT_TRUE(out["1"] == records["P"] && out["2"] == records["P"]);
-  EXPECT_FALSE(out["3"] == out["4"] || out["3"] == records["P"]);
-  EXPECT_EQ(Fields(out["4"]), "phid=P hash=H cadid=a mxtype=T flags=write");
-}
-
 TEST_F(LookupTest, what_no_handler_serves_is_not_recorded) {
   const RecordMap records = Known("a");
   EXPECT_THROW(handler_->CreateOrUpdateLRD(Tree("<response cname='print'/>"), records), ZYMNullHandleError);

@@ -105,20 +105,15 @@ TEST_F(RecordTest, a_copy_takes_what_describes_the_object_and_neither_id_nor_rel
 
 TEST_F(RecordTest, a_record_may_be_handed_a_handle_that_lies_in_its_own_lists) {
   const Record top = FullV4("<o phid='top'/>");
-  {
-    const Record child = FullV4("<o phid='child' macroceStamp='M' selected='true' cadorigin='O'/>");
-    child->AddTypeClass("TYPE");
-    child->AddChild(FullV4("<o phid='grandchild'/>"));
-    child->AddChild(FullV4("<o phid='another'/>"));
-    top->AddChild(child);
-    top->AddCompositionObject(Entry("sub", "sub"));
-  }
+  const auto own = [&top]() -> const Record& { return *top->GetChildren().begin(); };
+  top->AddChild(FullV4("<o phid='child' macroceStamp='M' selected='true' cadorigin='O'/>"));
+  own()->AddTypeClass("TYPE");
+  own()->AddChild(FullV4("<o phid='grandchild'/>"));
+  own()->AddChild(FullV4("<o phid='another'/>"));
   // Only the list that the copy replaces holds the child.
-  EXPECT_EQ(top->CopyFromLRDObject(*top->GetChildren().begin()), S_OK);
+  EXPECT_EQ(top->CopyFromLRDObject(own()), S_OK);
   EXPECT_EQ(top->GetPhysicalId() + top->GetSelectedFlag() + Joined(top->GetTypeClasses()), "childtrueTYPE ");
   EXPECT_EQ(Phids(top->GetChildren()), "grandchild another ");
-
-  const auto own = [&top]() -> const Record& { return *top->GetChildren().begin(); };
   for (int count = 0; count < 9; ++count) {
     top->AddChild(own());
     top->AddChildRelationship(own());

@@ -164,16 +164,6 @@ TEST_F(RecordFileTest, records_are_written_as_deep_as_they_can_be_read) {
       last->CopyFromLRDObject(Plain());
     }
   }
-  Records ancestors;
-  for (int depth = 0; depth <= 256; ++depth) {
-    ancestors.Append(Plain());
-  }
-  for (const Record& record : {Plain(), FullV4("<o/>"), Made<QELXVARDOSRelLRDObject_V3>("<o/>"),
-                               Made<QELXVARDOSChildLRDObject>("<o/>", ZYMUnicodeString("id"))}) {
-    element = nullptr;
-    EXPECT_EQ(record->GetXMLFormat(ancestors, element), E_FAIL) << record->IsA();
-    EXPECT_TRUE(element.IsNull());
-  }
 }
 
 TEST_F(RecordFileTest, a_failing_step_of_reading_or_writing_leaves_neither_components_nor_a_changed_file) {
@@ -183,27 +173,26 @@ TEST_F(RecordFileTest, a_failing_step_of_reading_or_writing_leaves_neither_compo
   folder_.Put("old.xml", "old");
   record->SetLRDFilePath(QELVARDOSPath(folder_.At("old.xml")));
   int failures = 0;
-  for (int calls = 1; folder_.File("old.xml") == "old"; ++calls) {
-    ASSERT_LT(calls, 200);
-    const std::int64_t living = ZYMBaseUnknown::LivingComponents();
-    {
-      const FailingDom dom(calls);
-      const auto handler = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>();
-      Record read;
-      try {
-        failures += FAILED(handler->ReadLRDFile(folder_.At("read.xml"), read)) ? 1 : 0;
-      } catch (const ZYMNullHandleError&) {
-        EXPECT_TRUE(read.IsNull());
-      }
+  FailingDom::FailEach([&](const FailingDom& /*dom*/) {
+    Record read;
+    try {
+      failures +=
+          FAILED(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>()->ReadLRDFile(folder_.At("read.xml"), read)) ? 1 : 0;
+    } catch (const ZYMNullHandleError&) {
+      EXPECT_TRUE(read.IsNull());
     }
-    {
-      const FailingDom dom(calls);
-      EXPECT_EQ(ZYMMakeComponent<QELXVARDOSLRDXMLHandler>()->WriteToFile(Records{record}), S_OK);
-      EXPECT_EQ(folder_.File("old.xml"), dom.HasFailed() ? "old" : text) << "after " << calls << " calls";
-    }
-    EXPECT_EQ(ZYMBaseUnknown::LivingComponents(), living) << "after " << calls << " calls";
-  }
+  });
   EXPECT_EQ(failures, 2) << "to parse and to find the root";
+  FailingDom::FailEach([&](const FailingDom& dom) {
+    HRESULT status = S_OK;
+    try {
+      status = ZYMMakeComponent<QELXVARDOSLRDXMLHandler>()->WriteToFile(Records{record});
+    } catch (const ZYMNullHandleError&) {
+      EXPECT_TRUE(dom.HasFailed());
+    }
+    EXPECT_EQ(status, S_OK);
+    EXPECT_EQ(folder_.File("old.xml"), dom.HasFailed() ? "old" : text);
+  });
 }
 
 TEST_F(RecordFileTest, a_list_of_records_is_written_whatever_becomes_of_one_of_them) {
