@@ -2,24 +2,10 @@
 #include <iostream>
 #include <string>
 
-#include "platform/QELIVARDOSGlobalConfigObject.h"
 #include "platform/ZYMIDOM.h"
 #include "recognition/QELXVARDOSRecognitionFactory.h"
+#include "tests/support/TestConfiguration.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLFactory.h"
-
-namespace {
-
-using Text = ZYMUnicodeString;
-
-class Configuration : public QELIVARDOSGlobalConfigObject {
- public:
-  Text GetCADName() override { return "CREO"; }
-  Text GetIdentifierAttribute(const Text& /*type*/) override { return "filename"; }
-  bool IsTypeInCategory(const Text& /*type*/, const Text& /*category*/) override { return false; }
-  bool IsRelTypeInCategory(const Text& /*type*/, const Text& /*category*/) override { return false; }
-};
-
-}  // namespace
 
 /// Writes the record of the one object of a response into a folder again and again, as "0.xml", "1.xml" and so on, with
 /// a call of its own each time.
@@ -28,7 +14,7 @@ int main(int argc, char** argv) {
     std::cerr << "usage: record_singly RESPONSE FOLDER NUMBER\n";
     return 2;
   }
-  const QELIVARDOSGlobalConfigObject_var config = ZYMMakeComponent<Configuration>();
+  const QELIVARDOSGlobalConfigObject_var config = ZYMMakeComponent<TestConfiguration>();
   ZYMIXMLDOMDocumentBuilder_var builder;
   ZYMIDOMDocument_var document;
   ZYMIDOMElement_var response;
@@ -46,7 +32,7 @@ int main(int argc, char** argv) {
   QELXVARDOSRecognitionFactory().GetRecognitionHandler("checkoutEx", config, response, recorder);
   HRESULT status = S_OK;
   for (int number = 0; number < std::atoi(argv[3]) && SUCCEEDED(status); ++number) {
-    record->SetLRDFilePath(Text(std::string(argv[2]) + "/" + std::to_string(number) + ".xml"));
+    record->SetLRDFilePath(ZYMUnicodeString(std::string(argv[2]) + "/" + std::to_string(number) + ".xml"));
     status = recorder->CreateOrUpdateLRD(QELXIVARDOSLRDObject_varList{record});
   }
   return SUCCEEDED(status) ? 0 : 1;

@@ -138,16 +138,6 @@ class LrdTest : public testing::Test {
   }
   Ran Lrd(const Arguments& arguments, int standardOutput = -1) const { return Wait(Start(arguments, standardOutput)); }
 
-  /// Runs with a reader that has gone before the first byte.
-  Ran LrdUnread(const Arguments& arguments) const {
-    int ends[2];
-    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-    close(ends[0]);
-    Ran ran = Lrd(arguments, ends[1]);
-    close(ends[1]);
-    return ran;
-  }
-
   std::string Out() const { return root_ / "out"; }
   std::string Err() const { return root_ / "err"; }
 

@@ -66,23 +66,6 @@ TEST_F(OutputTest, a_socket_is_refused_at_once_and_an_older_error_does_not_make_
   EXPECT_FALSE(lrd::WriteToDevice("/dev/null", "text"));
 }
 
-TEST_F(OutputTest, a_pipe_that_is_closed_early_ends_quietly) {
-  std::string objects;
-  for (int i = 0; i < 5000; ++i) {
-    const std::string name = "part" + std::to_string(i) + ".prt";
-    objects += "<cadobject cadid='" + std::to_string(i) + "' filename='" + name + "' dirname='work'/>";
-  }
-  Put("request.xml", Request(objects));
-  for (const Arguments& arguments :
-       {Arguments{"recognize", "request.xml", "--config", "config.xml"},
-        Arguments{"status", "work", "--config", "config.xml"},
-        Arguments{"show", "work/.KORVANTHEMIX/a.prt.xml", "--json"}, Arguments{"check", "work"}}) {
-    const Ran ran = LrdUnread(arguments);
-    EXPECT_EQ(ran.status, 0) << arguments.front() << ran.err;
-    EXPECT_EQ(ran.err, "") << arguments.front();
-  }
-}
-
 TEST_F(OutputTest, a_disk_that_is_full_keeps_what_it_has_and_is_told_by_every_command_that_writes) {
   const SmallDisk disk("small");
   if (!disk.IsMounted()) {
