@@ -130,7 +130,8 @@ TEST_F(InterruptTest, recording_that_is_interrupted_leaves_each_record_old_or_ne
 TEST_F(InterruptTest, a_result_is_replaced_whole_or_not_at_all) {
   std::string objects;
   for (const std::string& name : names_) {
-    objects += "<cadobject cadid='" + name + "' filename='" + name + ".prt.1' dirname='work'/>";
+    objects.append("<cadobject cadid='").append(name).append("' filename='").append(name);
+    objects += ".prt.1' dirname='work'/>";
     PutObject("work", name + ".prt.1", name + ".prt", Record("PH-" + name));
   }
   Put("request.xml", Request(objects));
