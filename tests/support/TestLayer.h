@@ -111,8 +111,8 @@ class TestLayer : public QELVARDOSFileLayerFilter {
     std::string call = operation;
     Errors errors;
     for (const std::string& path : paths) {
-      call += " " + path;
-      const auto fault = failing.find(operation + " " + path);
+      call.append(" ").append(path);
+      const auto fault = failing.find(std::string(operation).append(" ").append(path));
       const std::error_code asked = ask_ ? ask_(operation, path) : std::error_code();
       errors.push_back(fault == failing.end() ? asked : std::make_error_code(fault->second));
     }
