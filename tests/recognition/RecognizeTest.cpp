@@ -89,7 +89,7 @@ TEST_F(RecognizeTest, a_shared_record_is_read_once_in_a_call_and_nothing_on_disk
   folder_.PutFile("f.prt", 100);
   folder_.PutRecord("f.prt", RecordV4("F", "100", entries));
   const TestLayer layer;
-  for (const int round : {1, 2}) {
+  for (const std::size_t round : {1U, 2U}) {
     const ZYMIDOMElement_var request = Recognized(Request(objects));
     EXPECT_EQ(Show(request, "o19", {"status", "phid", "lrdversion"}), "status=EXISTS phid=P19 lrdversion=4.0");
     EXPECT_THAT(layer.calls, Contains("Read " + folder_.At(".KORVANTHEMIX/f.prt.xml")).Times(2 * round))

@@ -366,7 +366,8 @@ class TraceTest : public ModuleTest, public testing::WithParamInterface<Job> {
     }
     for (const auto& [file, text] : RecordFiles()) {
       if (!before.contains(file) || before.at(file) != text) {
-        lines.push_back("FILE " + file + " " + text);
+        lines.push_back("FILE ");
+        lines.back().append(file).append(" ").append(text);
       }
     }
     std::ranges::transform(lines, lines.begin(),
