@@ -370,7 +370,7 @@ TEST_F(DomTest, LeavesTheFileWhenTheTreeCannotBeWritten) {
     ASSERT_EQ(element->setAttribute(attribute, ""), S_OK);
     ASSERT_EQ(Append(element, TextNode(good, value)), S_OK);
     EXPECT_EQ(write(element), E_FAIL);
-    EXPECT_EQ(QELVARDOSSystemUtils::LastError(), file + ": " + reason);
+    EXPECT_EQ(QELVARDOSSystemUtils::LastError(), std::string(file).append(": ").append(reason));
   }
   EXPECT_EQ(write(NewDocument()), E_FAIL);
   EXPECT_EQ(write(TextNode(good, "x")), E_FAIL);
