@@ -101,7 +101,7 @@ TEST_F(PlainXmlTest, a_text_gets_one_verdict_whichever_parser_sees_it_and_the_qu
   for (const auto& [verdict, texts] : cases) {
     for (const std::string& text : texts) {
       SCOPED_TRACE(text);
-      EXPECT_EQ(ZYMDom::PlainXml().RootOf(text).has_value(), verdict == Plain);
+      EXPECT_EQ(ZYMDom::PlainRoot(text).has_value(), verdict == Plain);
       const std::string read = Reread(text);
       EXPECT_EQ(read == "refused", verdict == Refused) << QELVARDOSSystemUtils::LastError();
       EXPECT_EQ(Reread(text + "<!---->"), read) << QELVARDOSSystemUtils::LastError();

@@ -147,6 +147,27 @@ TEST_F(LookupTest, a_failing_search_for_the_information_is_the_status_and_leaves
                ZYMNullHandleError);
 }
 
+TEST_F(LookupTest, a_value_that_the_tree_does_not_take_is_the_status_and_the_others_are_written) {
+  RecordMap records;
+  std::string objects;
+  for (const std::string id : {"a", "b"}) {
+    const std::string names = std::string("cadid='").append(id).append("' phid='").append(id);
+    objects += Element("cadobject", names + "'");
+    records.Insert(id, FullV4(Element("o", names + "' hashcode='H' mxtype='T' filename='f.prt'")));
+  }
+  const auto failEach = [&](int values, const auto& operation) {
+    for (int before = 0; before <= values; ++before) {
+      const ZYMIDOMElement_var tree = Command(objects);
+      const FailingDom dom(before, "setAttribute");
+      EXPECT_EQ(operation(FailingDom::Wrap(tree)), before < values ? FailingDom::Status : S_OK) << before;
+      EXPECT_EQ(Show(tree, "b", {"mxtype"}) == "mxtype=T", before != 5) << "the sixth value";
+    }
+  };
+  failEach(6,
+           [&](const auto& root) { return handler_->UpdateRequestAndLRDObjects(root, records, CacheInformation()); });
+  failEach(8, [&](const auto& root) { return handler_->UpdateInformationFromCache(root, records); });
+}
+
 TEST_F(LookupTest, what_no_handler_serves_is_not_recorded) {
   const RecordMap records = Known("a");
   EXPECT_THROW(handler_->CreateOrUpdateLRD(Tree("<response cname='print'/>"), records), ZYMNullHandleError);
