@@ -109,7 +109,7 @@ pid_t StartStaging(const std::string& path) {
   EXPECT_EQ(pipe(ready.data()), 0);
   const pid_t child = StartChild([&] {
     QELVARDOSFileTransaction transaction;
-    const bool staged = !transaction.Replace(path, "never to be seen");
+    const bool staged = !transaction.Replace(path, WrittenAtOnce);
     return write(ready[1], "r", 1) == 1 && staged ? pause() : 1;
   });
   char byte = 0;
