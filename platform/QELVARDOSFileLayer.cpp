@@ -30,6 +30,15 @@ bool QELVARDOSFileLayer::MeansMissing(const std::error_code& error, std::string_
          (error == std::errc::filename_too_long && HasImpossibleName(path));
 }
 
+std::error_code QELVARDOSFileLayer::ReadWithFacts(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                                  QELVARDOSFileFacts& facts) {
+  const std::error_code error = Read(path, bytes, atMost);
+  if (!error) {
+    facts = Stat(path);
+  }
+  return error;
+}
+
 void QELVARDOSFileLayer::BeginLookups() {}
 
 void QELVARDOSFileLayer::EndLookups() {}

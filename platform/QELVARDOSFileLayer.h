@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,6 +24,9 @@ struct QELVARDOSFileFacts {
   std::uint64_t size = 0;
   /// Why nothing is known; set for Unseen alone.
   std::error_code error;
+  /// What modified leaves out, 0 to 999,999,999; none where the layer cannot tell. A file system that keeps no
+  /// fractions of seconds shows 0.
+  std::optional<std::int32_t> nanoseconds = std::nullopt;
 
   bool Exists() const noexcept { return kind != Kind::Missing && kind != Kind::Unseen; }
 };
@@ -100,6 +104,10 @@ class ZYM_EXPORT QELVARDOSFileLayer {
   /// atMost bytes, and is not read. is_a_directory, not_supported: it is there, but no file. Any other error is one for
   /// MeansMissing.
   virtual std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) = 0;
+  /// The same, and where it succeeds what is known of the file that was read: here by a look at its path, which a layer
+  /// can spare that has the file at hand. A layer that is only derived from this class need not know of it.
+  virtual std::error_code ReadWithFacts(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                        QELVARDOSFileFacts& facts);
   /// The names in a folder without "." and "..", in no order. An error is one for MeansMissing, and names may then hold
   /// some of them.
   virtual std::error_code List(const std::string& folder, std::vector<std::string>& names) = 0;

@@ -178,6 +178,14 @@ using Kind = QELVARDOSFileFacts::Kind;
 
 Kind KindOf(mode_t mode) { return S_ISREG(mode) ? Kind::File : S_ISDIR(mode) ? Kind::Folder : Kind::Other; }
 
+QELVARDOSFileFacts FactsOf(const struct stat& file) {
+  return {KindOf(file.st_mode),
+          file.st_mtim.tv_sec,
+          static_cast<std::uint64_t>(file.st_size),
+          {},
+          static_cast<std::int32_t>(file.st_mtim.tv_nsec)};
+}
+
 /// Whoever may write where a record folder belongs could put a link there to have files written elsewhere in another's
 /// name. A link of the user's own, or of the owner of the place, is taken for meant.
 bool IsForeignLink(const std::string& path) {
@@ -243,7 +251,7 @@ QELVARDOSFileFacts Look(const std::string& path) {
     return QELVARDOSFileLayer::MeansMissing(error, path) ? QELVARDOSFileFacts()
                                                          : QELVARDOSFileFacts{Kind::Unseen, 0, 0, error};
   }
-  return {KindOf(facts.st_mode), facts.st_mtim.tv_sec, static_cast<std::uint64_t>(facts.st_size), {}};
+  return FactsOf(facts);
 }
 
 }  // namespace
@@ -262,9 +270,19 @@ QELVARDOSFileFacts PosixFileLayer::Stat(const std::string& path) {
   return facts;
 }
 
+std::error_code PosixFileLayer::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
+  return ReadFile(path, bytes, atMost, nullptr);
+}
+
+std::error_code PosixFileLayer::ReadWithFacts(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                              QELVARDOSFileFacts& facts) {
+  return ReadFile(path, bytes, atMost, &facts);
+}
+
 /// A small file takes three system calls. Reading at an offset refuses folders, pipes and sockets by itself, opening
 /// without blocking keeps a pipe from holding us up, and a read that is shorter than asked ends at a file's end.
-std::error_code PosixFileLayer::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
+std::error_code PosixFileLayer::ReadFile(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                         QELVARDOSFileFacts* facts) {
   const Lookups::Place place = lookups.Find(path);
   const Descriptor file(place.folder, place.path, O_RDONLY | O_NONBLOCK);
   if (!file.IsOpen()) {
@@ -277,6 +295,9 @@ std::error_code PosixFileLayer::Read(const std::string& path, std::string& bytes
   }
   if (static_cast<std::uint64_t>(got) > atMost) {
     return TooLarge();
+  }
+  if (struct stat known{}; facts != nullptr && fstat(file.Number(), &known) == 0) {
+    *facts = FactsOf(known);
   }
   bytes.assign(start.data(), static_cast<std::size_t>(got));
   return bytes.size() < start.size() ? std::error_code() : ReadRest(file, bytes, atMost);

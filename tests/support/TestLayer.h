@@ -48,7 +48,12 @@ class TestLayer : public QELVARDOSFileLayerFilter {
 
   QELVARDOSFileFacts Stat(const std::string& path) override {
     const std::error_code error = ErrorOf("Stat", {path});
-    return error ? QELVARDOSFileFacts{QELVARDOSFileFacts::Kind::Unseen, 0, 0, error} : Next().Stat(path);
+    QELVARDOSFileFacts facts =
+        error ? QELVARDOSFileFacts{QELVARDOSFileFacts::Kind::Unseen, 0, 0, error} : Next().Stat(path);
+    if (tellsNoNanoseconds) {
+      facts.nanoseconds = std::nullopt;
+    }
+    return facts;
   }
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override {
     const std::error_code error = ErrorOf("Read", {path});
@@ -99,6 +104,8 @@ class TestLayer : public QELVARDOSFileLayerFilter {
     Next().Replaced(path, outcome, error);
   }
 
+  /// As a host's own layer may be that was written before it could.
+  bool tellsNoNanoseconds = false;
   /// "Operation path" of what fails.
   std::map<std::string, std::errc> failing;
   /// "Operation path" of all that was asked for. A test may hold the layer as a constant, and it is asked nevertheless.
