@@ -38,4 +38,13 @@ class QELXIVARDOSObserver {
   /// Verdict and stamps are written into an object of a request; the reason lives as long as the call. Before the error
   /// of a record that lacks what it must have, RecordDamaged is told, and nothing is written.
   virtual void Decided(const ZYMIDOMElement_var& /*object*/, const QELXVARDOSReason& /*reason*/) {}
+
+  /// How much of the reasons is to be told. Details cost time, and a further look at the disk for some objects, so they
+  /// are found out only for who wants them; without reasons Decided is not called. Always the same answer.
+  enum class Reasons { None, Plain, Detailed };
+  virtual Reasons WantsReasons() { return Reasons::Plain; }
+  /// A detail that shows when all objects of a recognition are decided: two of them have the same record file, so one
+  /// verdict rests on the other's record. first is told with each of the others. The objects are numbered from 0 as
+  /// Decided was called for them.
+  virtual void SharedRecordFile(int /*first*/, int /*other*/) {}
 };

@@ -61,6 +61,11 @@ class ZYM_EXPORT QELXIVARDOSRecognitionHandler : public ZYMBaseUnknown {
 
   /// Whom to tell of what the handler meets from now on; null: nobody.
   virtual void SetObserver(QELXIVARDOSObserver* /*observer*/) {}
+  /// Whether Recognize goes on behind an object whose record is damaged or incomplete, or which rests on a place that
+  /// could not be looked at; off unless it is turned on. Such an object gets an empty "status" and the format version
+  /// of the objects before it, the observer is told RecordDamaged or CannotBeLookedAt of it, and the status is 0;
+  /// QELVARDOSSystemUtils::LastError() then names the last such place.
+  virtual void SetKeepGoing(bool /*keepGoing*/) {}
 };
 
 using QELXIVARDOSRecognitionHandler_var = ZYMHandle<QELXIVARDOSRecognitionHandler>;

@@ -9,6 +9,12 @@ std::error_code FileWatch::Read(const std::string& path, std::string& bytes, std
   return QELVARDOSFileLayerFilter::Read(path, bytes, atMost);
 }
 
+std::error_code FileWatch::ReadWithFacts(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                         QELVARDOSFileFacts& facts) {
+  lastRead_ = path;
+  return Next().ReadWithFacts(path, bytes, atMost, facts);
+}
+
 void FileWatch::Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) {
   if (outcome == QELVARDOSReplacement::Failed) {
     const std::string& reason = QELVARDOSSystemUtils::LastError();

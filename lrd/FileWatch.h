@@ -15,6 +15,8 @@ class FileWatch : public QELVARDOSFileLayerFilter {
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override;
   void WriteAllNew(std::span<QELVARDOSNewFile> files) override { Next().WriteAllNew(files); }
   void RenameAll(std::span<QELVARDOSFileRenaming> files) override { Next().RenameAll(files); }
+  std::error_code ReadWithFacts(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                QELVARDOSFileFacts& facts) override;
   void Replaced(const std::string& path, QELVARDOSReplacement outcome, const std::error_code& error) override;
 
   /// The file that was read last; empty before the first.

@@ -69,12 +69,17 @@ bool IsPlain(char c) { return c >= ' ' && c <= '~' && c != '\\'; }
 std::string Printable(std::string_view text) {
   std::string printable;
   printable.reserve(text.size());
+  AppendPrintable(printable, text);
+  return printable;
+}
+
+void AppendPrintable(std::string& printable, std::string_view text) {
   for (;;) {
     const auto plain = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsPlain) - text.begin());
     printable += text.substr(0, plain);
     text.remove_prefix(plain);
     if (text.empty()) {
-      return printable;
+      return;
     }
     const std::size_t length = CharacterLength(text);
     const std::string_view character = text.substr(0, length == 0 ? 1 : length);

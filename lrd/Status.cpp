@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "lrd/Command.h"
@@ -12,9 +11,9 @@
 #include "lrd/JsonText.h"
 #include "lrd/Printable.h"
 #include "lrd/Progress.h"
+#include "lrd/Reasons.h"
 #include "lrd/RecordFiles.h"
 #include "lrd/RecordReader.h"
-#include "lrd/Times.h"
 #include "lrd/Verdicts.h"
 
 namespace lrd {
@@ -28,65 +27,19 @@ struct Options {
   bool json = false;
 };
 
-struct Word {
-  char letter;
-  const char* status;
-  Colour colour;
-};
-
-const Word& WordFor(Verdict verdict) {
-  static constexpr std::array Words = {Word{'E', "EXISTS", Colour::Green}, Word{'M', "MODIFIED", Colour::Yellow},
-                                       Word{'?', "UNKNOWN", Colour::Red}, Word{'X', "DAMAGED", Colour::Red},
-                                       Word{'!', "GONE", Colour::Red}};
-  return Words.at(static_cast<std::size_t>(verdict));
-}
-
 using Reason = QELXVARDOSReason::Kind;
 
-struct Words {
-  Reason reason;
-  const char* words;
-};
-
-/// The reasons that the module can give for an object that is asked for by its file alone.
-constexpr std::array Reasons = {Words{Reason::StampsAgree, "stamps agree"},
-                                Words{Reason::FileNewer, "file is newer than its record"},
-                                Words{Reason::FileOlder, "file is older than its record"},
-                                Words{Reason::RecordWithoutStamp, "record has no stamp"},
-                                Words{Reason::StampIsNoTime, "record has a stamp that is no time"},
-                                Words{Reason::NoRecord, "no record"},
-                                Words{Reason::NoKnownRecord, "record file without a record of a known version"},
-                                Words{Reason::RecordDamaged, "record damaged"},
-                                Words{Reason::CannotBeLookedAt, "could not be looked at"},
-                                Words{Reason::ObjectFileGone, "object file gone"}};
-
-const char* InWords(Reason reason) {
-  const auto* const row =
-      std::find_if(Reasons.begin(), Reasons.end(), [reason](const Words& words) { return words.reason == reason; });
-  // An object that was listed is looked for as an entry only if its file has gone meanwhile.
-  return row == Reasons.end() ? InWords(Reason::ObjectFileGone) : row->words;
-}
-
-std::string InWords(const QELXVARDOSReason& reason) {
-  std::string times;
-  if (reason.fileStamp) {
-    times = " (file " + TimeText(*reason.fileStamp);
-    if (const auto recordStamp = SecondsOf(reason.recordStamp.Str())) {
-      times += ", record " + TimeText(*recordStamp) + ", difference " + DistanceText(*reason.fileStamp, *recordStamp);
-    }
-    times += ")";
-  }
-  return InWords(reason.kind) + times;
-}
-
 std::string Line(const CadObject& object, bool explain) {
-  const Word& word = WordFor(object.verdict);
+  const VerdictWord& word = WordFor(object.verdict);
   std::string line = std::string(1, word.letter) + " " + Printable(object.path);
   if (explain) {
-    line += ": " + InWords(object.reason);
+    AppendReason(line += ": ", object.reason);
   }
   if (object.verdict == Verdict::Damaged) {
     line += ": " + Printable(object.damage);
+  }
+  if (explain) {
+    AppendDoubts(line, object.reason);
   }
   return Coloured(line, word.colour) + "\n";
 }
@@ -116,26 +69,11 @@ std::string InWords(const Totals& totals) {
 }
 
 Json AsJson(const CadObject& object) {
-  const std::optional<std::int64_t>& fileStamp = object.reason.fileStamp;
-  const std::optional<std::int64_t> recordStamp = SecondsOf(object.reason.recordStamp.Str());
   Json json;
   PutText(json, "path", object.path);
   json["letter"] = std::string(1, WordFor(object.verdict).letter);
   json["status"] = WordFor(object.verdict).status;
-  json["reason"] = InWords(object.reason.kind);
-  if (fileStamp) {
-    json["fileStamp"] = *fileStamp;
-    json["fileTime"] = TimeText(*fileStamp);
-  }
-  if (recordStamp) {
-    json["recordStamp"] = *recordStamp;
-    json["recordTime"] = TimeText(*recordStamp);
-  }
-  if (fileStamp && recordStamp) {
-    if (const auto difference = Difference(*fileStamp, *recordStamp)) {
-      json["difference"] = *difference;
-    }
-  }
+  PutReason(json, object.reason);
   if (object.verdict == Verdict::Damaged) {
     PutText(json, "damage", object.damage);
   }
@@ -241,7 +179,8 @@ int TellStatus(const Options& options) {
   Progress progress;
   Found found = FindObjects(options, naming, progress);
   const std::string total = " of " + std::to_string(found.objects.size()) + " objects recognised";
-  Decide(found.objects, configuration, [&](std::size_t decided) { progress.Tell(std::to_string(decided) + total); });
+  Decide(found.objects, configuration, options.explain || options.json,
+         [&](std::size_t decided) { progress.Tell(std::to_string(decided) + total); });
   progress.Hide();
   bool isWhole = found.isWhole;
   const std::vector<CadObject> objects = Sorted(std::move(found));
@@ -258,11 +197,8 @@ std::string Footer() {
       "hidden folders. For \"CREO\" of part.prt.1, part.prt.2 ... only the newest counts.\n\n"
       "Letters: E exists, M modified, ? unknown to the server, X damaged record, or one that could not be looked at, ! "
       "record whose object file is "
-      "gone.\n\n"
-      "Reasons that --explain gives:\n";
-  for (const Words& row : Reasons) {
-    text += std::string("  ") + row.words + "\n";
-  }
+      "gone.\n\n";
+  text += ReasonsHelp();
   return text + "\n" + JsonHelp;
 }
 

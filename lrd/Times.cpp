@@ -4,7 +4,6 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
 
 namespace lrd {
 
@@ -14,21 +13,36 @@ std::optional<std::int64_t> SecondsOf(const std::string& stamp) {
   return std::to_string(seconds) == stamp ? std::optional(seconds) : std::nullopt;
 }
 
+namespace {
+
+void AppendDigits(std::string& text, std::uint64_t number, int digits) {
+  for (std::uint64_t place = digits == 4 ? 1000 : 10; place > 0; place /= 10) {
+    text += static_cast<char>('0' + number / place % 10);
+  }
+}
+
+}  // namespace
+
+/// Written digit by digit, since lists of objects have two times a line.
 std::string TimeText(std::int64_t seconds) {
+  constexpr std::int64_t Year0 = -62167219200;
   constexpr std::int64_t Year9999 = 253402300799;
-  if (seconds < -Year9999 || seconds > Year9999) {
+  if (seconds < Year0 || seconds > Year9999) {
     return std::to_string(seconds) + " s";
   }
   const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
   const auto day = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss clock(time - day);
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d UTC", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()));
-  return text.data();
+  std::string text;
+  text.reserve(32);
+  AppendDigits(text, static_cast<unsigned>(static_cast<int>(date.year())), 4);
+  AppendDigits(text += '-', static_cast<unsigned>(date.month()), 2);
+  AppendDigits(text += '-', static_cast<unsigned>(date.day()), 2);
+  AppendDigits(text += ' ', static_cast<std::uint64_t>(clock.hours().count()), 2);
+  AppendDigits(text += ':', static_cast<std::uint64_t>(clock.minutes().count()), 2);
+  AppendDigits(text += ':', static_cast<std::uint64_t>(clock.seconds().count()), 2);
+  return text += " UTC";
 }
 
 std::string DistanceText(std::int64_t time, std::int64_t other) {

@@ -7,10 +7,9 @@
 
 #include "component/QELXVARDOSReason.h"
 #include "lrd/Configuration.h"
+#include "lrd/Verdict.h"
 
 namespace lrd {
-
-enum class Verdict { Exists, Modified, Unknown, Damaged, FileGone };
 
 /// One CAD object file below a folder, or a record whose file is gone.
 struct CadObject {
@@ -29,9 +28,9 @@ struct CadObject {
   std::string damage{};
 };
 
-/// Asks the module for the verdict on every object. A damaged record costs its own object alone. tell learns how many
-/// objects are decided.
-void Decide(std::vector<CadObject>& objects, const Configuration& configuration,
+/// Asks the module for the verdict on every object. A damaged record costs its own object alone. wantsDetails: whether
+/// the reasons are to tell them. tell learns how many objects are decided.
+void Decide(std::vector<CadObject>& objects, const Configuration& configuration, bool wantsDetails,
             const std::function<void(std::size_t decided)>& tell);
 
 }  // namespace lrd

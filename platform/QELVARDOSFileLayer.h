@@ -66,8 +66,8 @@ struct QELVARDOSFileRenaming {
 
 /// A look at the disk that will be taken soon.
 struct QELVARDOSFileLook {
-  /// Facts: as by Stat. Content: as by Read.
-  enum class Kind { Facts, Content };
+  /// Facts: as by Stat. Content: as by Read. ContentWithFacts: as by ReadWithFacts.
+  enum class Kind { Facts, Content, ContentWithFacts };
 
   std::string path;
   Kind kind = Kind::Facts;
@@ -83,8 +83,8 @@ struct QELVARDOSFileLook {
 /// two must not be mixed up, as a record that is not seen would make its object new to the server.
 ///
 /// Threads: the module calls a layer in the thread that called the module, and in no other. Any operation is called by
-/// several threads at once when several use the module; Stat, Read, List, BeginLookups, EndLookups, WriteAllNew,
-/// RenameAll and MakeFoldersDurable also when a QELVARDOSParallelFileLayer stands in front.
+/// several threads at once when several use the module; Stat, Read, ReadWithFacts, List, BeginLookups, EndLookups,
+/// WriteAllNew, RenameAll and MakeFoldersDurable also when a QELVARDOSParallelFileLayer stands in front.
 class ZYM_EXPORT QELVARDOSFileLayer {
  public:
   static constexpr std::uint64_t AnySize = std::numeric_limits<std::uint64_t>::max();

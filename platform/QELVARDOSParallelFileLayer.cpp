@@ -315,6 +315,17 @@ std::error_code QELVARDOSParallelFileLayer::Read(const std::string& path, std::s
   return callers_ == nullptr ? alone() : callers_->Look(path, Kind::Content, handOut, alone);
 }
 
+std::error_code QELVARDOSParallelFileLayer::ReadWithFacts(const std::string& path, std::string& bytes,
+                                                          std::uint64_t atMost, QELVARDOSFileFacts& facts) {
+  const auto alone = [&] { return Next().ReadWithFacts(path, bytes, atMost, facts); };
+  const auto handOut = [&](AheadLook& look) {
+    bytes = std::move(look.bytes);
+    facts = look.facts;
+    return bytes.size() > atMost ? std::make_error_code(std::errc::file_too_large) : look.error;
+  };
+  return callers_ == nullptr ? alone() : callers_->Look(path, Kind::ContentWithFacts, handOut, alone);
+}
+
 void QELVARDOSParallelFileLayer::BeginLookups() {
   Next().BeginLookups();
   if (callers_ != nullptr) {

@@ -8,9 +8,9 @@
 
 /// Has looks that were told of taken ahead of time, and files created and renamed, several side by side, in threads of
 /// its own: for disks where each step is waited for, as on a file server. It goes in front of the layer whose Stat,
-/// Read, List, WriteAllNew, RenameAll and MakeFoldersDurable it so calls, and BeginLookups and EndLookups in each of
-/// its threads; that layer must bear these from several threads at once, as the system's own does. All else is done in
-/// the thread of the caller.
+/// Read, ReadWithFacts, List, WriteAllNew, RenameAll and MakeFoldersDurable it so calls, and BeginLookups and
+/// EndLookups in each of its threads; that layer must bear these from several threads at once, as the system's own
+/// does. All else is done in the thread of the caller.
 ///
 /// What a look saw is handed out once, to the thread that told of it and before its outermost EndLookups: so it is
 /// never older than the call that asks. Whatever is changed through this layer loses what was seen there and below.
@@ -31,6 +31,8 @@ class ZYM_EXPORT QELVARDOSParallelFileLayer : public QELVARDOSFileLayerFilter {
 
   QELVARDOSFileFacts Stat(const std::string& path) override;
   std::error_code Read(const std::string& path, std::string& bytes, std::uint64_t atMost) override;
+  std::error_code ReadWithFacts(const std::string& path, std::string& bytes, std::uint64_t atMost,
+                                QELVARDOSFileFacts& facts) override;
   void BeginLookups() override;
   void EndLookups() override;
   std::error_code MakeFolder(const std::string& path) override;

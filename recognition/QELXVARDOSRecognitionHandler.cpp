@@ -42,7 +42,7 @@ HRESULT QELXVARDOSRecognitionHandler::Recognize(const ZYMIDOMNode_var& request, 
   HRESULT status = GetLRDMap(element, lrdMap);
   Trace.Write(" Size of CADId to LRD Map = ", lrdMap.Size());
   if (SUCCEEDED(status) && list) {
-    status = Recognition({command_, CadName(), config_, observer_}, element, list).Run(lrdMap);
+    status = Recognition({command_, CadName(), config_, observer_, keepGoing_}, element, list).Run(lrdMap);
   }
   return step.Return(status);
 }

@@ -39,6 +39,7 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   HRESULT UpdateLRDObjects(const ZYMIDOMNode_var& root,
                            const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& cadidMap) override;
   void SetObserver(QELXIVARDOSObserver* observer) override { observer_ = observer; }
+  void SetKeepGoing(bool keepGoing) override { keepGoing_ = keepGoing; }
 
   /// Without the records of type class "TYPE_OBJECT_WITHOUT_FILE", under their own CAD ids. Always 0.
   HRESULT GetCAdIdLRDExceptspecificTypes(const QELXIVARDOSLRDObject_varZYMUnicodeStringDico& in,
@@ -72,6 +73,7 @@ class QELXVARDOSRecognitionHandler : public QELXIVARDOSRecognitionHandler {
   ZYMUnicodeString command_;
   QELIVARDOSGlobalConfigObject_var config_;
   QELXIVARDOSObserver* observer_ = nullptr;
+  bool keepGoing_ = false;
 };
 
 /// What the creation registry calls for "QELXVARDOSRecognitionHandler": a new handler with one reference, the caller's.

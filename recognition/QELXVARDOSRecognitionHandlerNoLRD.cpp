@@ -91,7 +91,8 @@ HRESULT QELXVARDOSRecognitionHandlerNoLRD::RecognizePerNode(const ZYMIDOMNode_va
   MakePresent(object, Word::CEStamp, writes);
   MakePresent(object, Word::MacroCEStamp, writes);
   writes.Set(object, FormatVersion::Attribute, version);
-  if (observer_ != nullptr && SUCCEEDED(writes.Status())) {
+  if (observer_ != nullptr && SUCCEEDED(writes.Status()) &&
+      observer_->WantsReasons() != QELXIVARDOSObserver::Reasons::None) {
     observer_->Decided(object, Reason{why, {}, {}, {}, {}, {}});
   }
   return step.Return(writes.Status());

@@ -66,6 +66,12 @@ Reason::Kind WhyModified(const QELVARDOSFileFacts& file, const ZYMUnicodeString&
                                    : Reason::Kind::FileNewer;
 }
 
+/// A record of the first version does not know it.
+ZYMUnicodeString VersionOf(const SharedRecord& record) {
+  ZYMUnicodeString version = record.Get()->GetVersion();
+  return version.IsEmpty() ? FormatVersion::V0 : version;
+}
+
 }  // namespace
 
 /// What the request says of an object before it is recognised.
@@ -91,6 +97,8 @@ struct Recognition::Found {
   Reason::Kind why = Reason::Kind::NoRecord;
   /// What the object was looked for by in another's record.
   ZYMUnicodeString identifier;
+  /// Through which it was found there.
+  ZYMUnicodeString relationship;
 };
 
 Recognition::Recognition(Client client, const ZYMIDOMElement_var& request, const ZYMIDOMElement_var& list)
@@ -101,6 +109,11 @@ Recognition::Recognition(Client client, const ZYMIDOMElement_var& request, const
       reader_(ReaderFor(client_)),
       byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(client_.command)) {
   byPhysicalId_->SetObserver(client_.observer);
+  tellsReasons_ = client_.observer != nullptr && client_.observer->WantsReasons() != QELXIVARDOSObserver::Reasons::None;
+  if (tellsReasons_ && client_.observer->WantsReasons() == QELXIVARDOSObserver::Reasons::Detailed) {
+    details_.emplace(client_.config, *client_.observer, CountObjects(list_));
+    reader_.KeepFacts();
+  }
 }
 
 HRESULT Recognition::Run(const RecordMap& requestRecords) {
@@ -111,7 +124,8 @@ HRESULT Recognition::Run(const RecordMap& requestRecords) {
   }
   const HostLeave leave(client_.observer, HostLeave::Stage::Recognizing,
                         client_.observer == nullptr ? 0 : CountObjects(list_));
-  ObjectsAhead ahead(list_, client_.cadName);
+  using Kind = QELVARDOSFileLook::Kind;
+  ObjectsAhead ahead(list_, client_.cadName, details_ ? Kind::ContentWithFacts : Kind::Content);
   int done = 0;
   ForEachChildElement(list_, [&](const ZYMIDOMElement_var& element) {
     status = done > 0 ? leave.Ask(done) : S_OK;
@@ -122,6 +136,9 @@ HRESULT Recognition::Run(const RecordMap& requestRecords) {
     ++done;
     return SUCCEEDED(status);
   });
+  if (details_) {
+    details_->TellOfSharing();
+  }
   return status;
 }
 
@@ -140,6 +157,7 @@ HRESULT Recognition::Recognize(const ZYMIDOMElement_var& element, const RecordMa
   if (!asked.physicalId.IsEmpty()) {
     Trace.Write("Recognizing the object using physicalId of object cadid : ", asked.cadId);
     status = byPhysicalId_->RecognizePerNode(element, version_);
+    ++decided_;
   } else {
     Trace.Write("Recognizing the object using LRD of object cadid : ", asked.cadId);
     status = RecognizeByRecords(element, asked, requestRecord);
@@ -160,7 +178,7 @@ HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const
     status = getLRDObject(object, record);
   } catch (const IncompleteRecord&) {
     found.why = Reason::Kind::RecordDamaged;
-    Tell(object, found);
+    Tell(object, found, nullptr);
     throw;
   }
   if (object.doubt) {
@@ -170,7 +188,7 @@ HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const
   } else if (record == nullptr) {
     Trace.Write("No LRD file on disc");
     found.why = FAILED(status) ? Reason::Kind::RecordDamaged : object.why;
-    found.verdict = &Word::Unknown;
+    found.verdict = FAILED(status) && client_.keepGoing ? &WrittenStamps::None : &Word::Unknown;
   } else {
     Trace.Write("LRD file present on disc");
     if (object.asEntry) {
@@ -179,13 +197,18 @@ HRESULT Recognition::RecognizeByRecords(const ZYMIDOMElement_var& element, const
       status = DecideByStamps(object, record->Get(), found);
     }
   }
-  if (!object.doubt && Attribute(element, Word::Modified) == Word::UpperTrue && found.verdict != &Word::Unknown) {
+  const bool isKnown = found.verdict == &Word::Exists || found.verdict == &Word::ModifiedVerdict;
+  if (isKnown && Attribute(element, Word::Modified) == Word::UpperTrue) {
     found.verdict = &Word::ModifiedVerdict;
     found.why = Reason::Kind::MarkedAsModified;
   }
+  // Who keeps going passes over records, not over a tree that cannot be written.
+  if (record == nullptr && client_.keepGoing) {
+    status = S_OK;
+  }
   const HRESULT written = WriteBack(object, asked, found);
   if (SUCCEEDED(written)) {
-    Tell(object, found);
+    Tell(object, found, record);
   }
   return FAILED(status) ? status : written;
 }
@@ -265,6 +288,8 @@ std::optional<Recognition::Paths> Recognition::PathsInComposition(Object& object
         CannotTell(object, paths.recordFile, facts.error);
       } else if (facts.Exists()) {
         found = std::move(paths);
+      } else if (tellsReasons_) {
+        object.missingRecordFiles.push_back(std::move(paths.recordFile));
       }
     }
   }
@@ -277,23 +302,25 @@ HRESULT Recognition::ReadShared(Object& object, SharedRecord*& record) {
   SharedRecords::File& file = shared_.At(recordFile);
   if (!file.read) {
     Record read;
-    std::error_code error;
-    const HRESULT status = reader_.ReadIfPresent(recordFile, read, error);
-    if (error && SUCCEEDED(status)) {
-      // It was there when the composition was looked for.
-      return CannotTell(object, recordFile, QELVARDOSFileError::ChangedMeanwhile);
-    }
-    if (RecordFileReader::LeavesOpen(error, recordFile)) {
-      return CannotTell(object, recordFile, error);
-    }
-    if (FAILED(status)) {
-      return status;
-    }
+    file.status = Read(recordFile, read, file.error);
+    file.failure = FAILED(file.status) ? QELVARDOSSystemUtils::LastError() : "";
+    file.unknownVersion = reader_.UnknownVersion();
     file.record = SharedRecord(read);
     file.read = true;
   }
+  if (file.error && SUCCEEDED(file.status)) {
+    // It was there when the composition was looked for.
+    return CannotTell(object, recordFile, QELVARDOSFileError::ChangedMeanwhile);
+  }
+  if (RecordFileReader::LeavesOpen(file.error, recordFile)) {
+    return CannotTell(object, recordFile, file.error);
+  }
+  if (FAILED(file.status)) {
+    QELVARDOSSystemUtils::SetLastError(file.failure);
+    return file.status;
+  }
   record = file.record.Get() ? &file.record : nullptr;
-  object.why = Reason::Kind::NoKnownRecord;
+  NoteNoRecord(object, file.unknownVersion);
   return S_OK;
 }
 
@@ -301,11 +328,31 @@ HRESULT Recognition::ReadOwn(Object& object, SharedRecord*& record) {
   const ZYMUnicodeString& recordFile = object.paths.recordFile;
   Record read;
   std::error_code error;
-  const HRESULT status = reader_.ReadIfPresent(recordFile, read, error);
+  const HRESULT status = Read(recordFile, read, error);
   own_ = SharedRecord(read);
   record = read ? &own_ : nullptr;
-  object.why = error ? Reason::Kind::NoRecord : Reason::Kind::NoKnownRecord;
+  if (!error) {
+    NoteNoRecord(object, reader_.UnknownVersion());
+  }
   return RecordFileReader::LeavesOpen(error, recordFile) ? CannotTell(object, recordFile, error) : status;
+}
+
+/// Who keeps going takes an incomplete record for one more that is damaged.
+HRESULT Recognition::Read(const ZYMUnicodeString& recordFile, Record& record, std::error_code& error) {
+  try {
+    return reader_.ReadIfPresent(recordFile, record, error);
+  } catch (const IncompleteRecord&) {
+    if (!client_.keepGoing) {
+      throw;
+    }
+    return E_FAIL;
+  }
+}
+
+/// What is the matter with a record file that was read, if there is no record in it.
+void Recognition::NoteNoRecord(Object& object, const ZYMUnicodeString& unknownVersion) {
+  object.why = unknownVersion.IsEmpty() ? Reason::Kind::NoKnownRecord : Reason::Kind::UnknownFormat;
+  object.unknownVersion = unknownVersion;
 }
 
 HRESULT Recognition::CannotTell(Object& object, const ZYMUnicodeString& path, const std::error_code& reason) {
@@ -316,7 +363,9 @@ HRESULT Recognition::CannotTell(Object& object, const ZYMUnicodeString& path, co
 /// By the entry of the object in a record.
 void Recognition::DecideByEntry(const Object& object, const Record& requestRecord, SharedRecord& record, Found& found) {
   Trace.Write("Recognizing object from parent its LRD");
-  found.record = requestRecord ? RecognizeFromRel(requestRecord, record) : Record();
+  if (requestRecord) {
+    RecognizeFromRel(requestRecord, record, found);
+  }
   found.why = Reason::Kind::EntryOfRelationship;
   if (found.record.IsNull()) {
     found.identifier = factory_.GetIdentifier(client_.config, object.element);
@@ -327,7 +376,9 @@ void Recognition::DecideByEntry(const Object& object, const Record& requestRecor
     Trace.Write("Object is not present in its parent LRD ");
     found.verdict = &Word::Unknown;
     const bool isGone = !object.composition && object.file.kind == QELVARDOSFileFacts::Kind::Missing;
-    found.why = isGone ? Reason::Kind::ObjectFileGone : Reason::Kind::NoSuchEntry;
+    found.why = isGone                       ? Reason::Kind::ObjectFileGone
+                : found.identifier.IsEmpty() ? Reason::Kind::NoIdentifier
+                                             : Reason::Kind::NoSuchEntry;
     return;
   }
   Trace.Write("Object is present in its parent LRD ");
@@ -340,18 +391,17 @@ void Recognition::DecideByEntry(const Object& object, const Record& requestRecor
   version_ = record.Get()->GetVersion();
 }
 
-Recognition::Record Recognition::RecognizeFromRel(const Record& requestRecord, SharedRecord& record) {
+void Recognition::RecognizeFromRel(const Record& requestRecord, SharedRecord& record, Found& found) {
   const Step step(Trace, "QELXVARDOSRecognitionHandler::RecognizeFromRel");
   Record own;
-  Record child;
   requestRecord->GetChildLRDObject(own);
   if (own && own->GetParentRelationships().Size() != 0 && record.Get()->GetChildRelationships().Size() != 0) {
     if (const Record relationship = record.FindRelationship(own->GetParentRelationships()); relationship) {
-      child = record.FindRelatedChild(relationship->GetChildPhid());
+      found.record = record.FindRelatedChild(relationship->GetChildPhid());
+      found.relationship = found.record ? relationship->GetId() : ZYMUnicodeString();
     }
   }
   step.Return(S_OK);
-  return child;
 }
 
 /// By the object's own record.
@@ -410,16 +460,20 @@ HRESULT Recognition::WriteBack(const Object& object, const Asked& asked, const F
   return writes.Status();
 }
 
-void Recognition::Tell(const Object& object, const Found& found) const {
-  if (client_.observer == nullptr) {
+/// record: that was looked at, if any.
+void Recognition::Tell(Object& object, Found& found, SharedRecord* record) {
+  ++decided_;
+  if (!tellsReasons_) {
     return;
   }
-  Reason reason{found.why,
-                object.composition ? object.composition->recordFile : object.paths.recordFile,
-                {},
-                found.objectChangeStamp,
-                found.identifier,
-                {}};
+  Reason reason;
+  reason.kind = found.why;
+  reason.recordFile = object.composition ? object.composition->recordFile : object.paths.recordFile;
+  reason.recordStamp = std::move(found.objectChangeStamp);
+  reason.identifier = std::move(found.identifier);
+  reason.relationship = std::move(found.relationship);
+  reason.formatVersion = record == nullptr ? std::move(object.unknownVersion) : VersionOf(*record);
+  reason.missingRecordFiles = std::move(object.missingRecordFiles);
   if (object.file.kind == QELVARDOSFileFacts::Kind::File) {
     reason.fileStamp = object.file.modified;
   }
@@ -427,6 +481,10 @@ void Recognition::Tell(const Object& object, const Found& found) const {
     reason.failure = QELVARDOSSystemUtils::LastError();
   } else if (object.file.error) {
     reason.failure = object.paths.objectFile.ToString().Str() + ": " + object.file.error.message();
+  }
+  if (details_) {
+    details_->AddTo(reason, {decided_ - 1, object.paths.recordFile, object.file, object.composition.has_value(),
+                             found.record.operator bool(), record, reader_.Facts()});
   }
   client_.observer->Decided(object.element, reason);
 }

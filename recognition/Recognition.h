@@ -2,12 +2,14 @@
 
 #include <optional>
 #include <system_error>
+#include <vector>
 
 #include "component/QELXIVARDOSObserver.h"
 #include "platform/QELIVARDOSGlobalConfigObject.h"
 #include "platform/QELVARDOSFileLayer.h"
 #include "recognition/ObjectsById.h"
 #include "recognition/QELXVARDOSRecognitionHandlerNoLRD.h"
+#include "recognition/ReasonDetails.h"
 #include "recognition/RequestRelationships.h"
 #include "recognition/SharedRecord.h"
 #include "records/QELXVARDOSLRDFactory.h"
@@ -27,6 +29,8 @@ class Recognition {
     QELIVARDOSGlobalConfigObject_var config;
     /// May be null.
     QELXIVARDOSObserver* observer;
+    /// Whether a record that cannot be taken costs its own object alone.
+    bool keepGoing = false;
   };
 
   /// list: the objects of the request.
@@ -61,6 +65,10 @@ class Recognition {
     std::optional<Doubt> doubt{};
     /// Why there is no record, if there is none.
     QELXVARDOSReason::Kind why = QELXVARDOSReason::Kind::NoRecord;
+    /// Of a record that is not known.
+    ZYMUnicodeString unknownVersion{};
+    /// The record files that its compositions have not; kept for an observer alone.
+    std::vector<ZYMUnicodeString> missingRecordFiles{};
   };
 
   HRESULT ReadIds();
@@ -73,18 +81,20 @@ class Recognition {
   std::optional<Paths> PathsInComposition(Object& object);
   HRESULT ReadShared(Object& object, SharedRecord*& record);
   HRESULT ReadOwn(Object& object, SharedRecord*& record);
+  HRESULT Read(const ZYMUnicodeString& recordFile, Record& record, std::error_code& error);
+  static void NoteNoRecord(Object& object, const ZYMUnicodeString& unknownVersion);
   /// E_FAIL.
   static HRESULT CannotTell(Object& object, const ZYMUnicodeString& path, const std::error_code& reason);
 
   // What the record says of the object.
   void DecideByEntry(const Object& object, const Record& requestRecord, SharedRecord& record, Found& found);
-  static Record RecognizeFromRel(const Record& requestRecord, SharedRecord& record);
+  static void RecognizeFromRel(const Record& requestRecord, SharedRecord& record, Found& found);
   /// Both answer the first failure to complete a relationship.
   HRESULT DecideByStamps(const Object& object, const Record& record, Found& found);
   HRESULT CompleteRelationships(const Record& record);
 
   HRESULT WriteBack(const Object& object, const Asked& asked, const Found& found) const;
-  void Tell(const Object& object, const Found& found) const;
+  void Tell(Object& object, Found& found, SharedRecord* record);
 
   Client client_;
   QELVARDOSFileLookups lookups_;
@@ -98,6 +108,11 @@ class Recognition {
   ZYMUnicodeString version_;
   SharedRecords shared_;
   SharedRecord own_;
+  bool tellsReasons_ = false;
+  /// How many objects are decided, whoever is told.
+  int decided_ = 0;
+  /// For an observer that wants them.
+  std::optional<ReasonDetails> details_;
   /// Made when a record first has relationships.
   std::optional<RequestRelationships> relationships_;
 };

@@ -1,5 +1,10 @@
 #include "recognition/SharedRecord.h"
 
+#include <algorithm>
+
+#include "component/QELXVARDOSReason.h"
+#include "platform/QELXVARDOSCreoUtil.h"
+
 namespace {
 
 using Record = QELXIVARDOSLRDObject_var;
@@ -9,6 +14,26 @@ void AddWithNested(RecordIndex& index, const QELXIVARDOSLRDObject_varList& recor
   for (const Record& record : records) {
     index.Add(record->GetId(), record);
     AddWithNested(index, record->GetChildren());
+  }
+}
+
+std::string WithoutCaseAndVersion(const ZYMUnicodeString& id) {
+  std::string text = QELXVARDOSCreoUtil::fileNameWitoutVersion(id).Str();
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return text;
+}
+
+template <typename Likenesses>
+void AddLikenesses(Likenesses& likenesses, const QELXIVARDOSLRDObject_varList& records) {
+  for (const Record& record : records) {
+    if (!record->GetId().IsEmpty()) {
+      std::vector<ZYMUnicodeString>& alike = likenesses[WithoutCaseAndVersion(record->GetId())];
+      if (alike.size() < QELXVARDOSReason::MostNearMisses) {
+        alike.push_back(record->GetId());
+      }
+    }
+    AddLikenesses(likenesses, record->GetChildren());
   }
 }
 
@@ -54,6 +79,14 @@ QELXIVARDOSLRDObject_var SharedRecord::FindRelatedChild(const ZYMUnicodeString& 
     }
   }
   return relatedChildren_->Find(physicalId);
+}
+
+std::vector<ZYMUnicodeString> SharedRecord::IdentifiersLike(const ZYMUnicodeString& id) {
+  if (!likenesses_) {
+    AddLikenesses(likenesses_.emplace(), record_->GetChildren());
+  }
+  const auto found = likenesses_->find(WithoutCaseAndVersion(id));
+  return found == likenesses_->end() ? std::vector<ZYMUnicodeString>() : found->second;
 }
 
 SharedRecords::File& SharedRecords::At(const ZYMUnicodeString& recordFile) {

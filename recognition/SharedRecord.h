@@ -4,8 +4,10 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "component/QELXIVARDOSLRDObject.h"
+#include "platform/HRESULT.h"
 #include "platform/QELVARDOSFileLayer.h"
 #include "platform/ZYMKeyedHash.h"
 
@@ -45,12 +47,17 @@ class SharedRecord {
   /// As QELXVARDOSRecognitionHandler::GetchildLRDObjStructureLrdList for the relationships of this record.
   QELXIVARDOSLRDObject_var FindRelationship(const QELXIVARDOSLRDObject_varList& wanted);
   QELXIVARDOSLRDObject_var FindRelatedChild(const ZYMUnicodeString& physicalId);
+  /// The identifiers of entries that are this one but for the case of letters and the version of a file name; of many
+  /// the first few.
+  std::vector<ZYMUnicodeString> IdentifiersLike(const ZYMUnicodeString& id);
 
  private:
   QELXIVARDOSLRDObject_var record_;
   std::optional<RecordIndex> children_;
   std::optional<RecordIndex> relationships_;
   std::optional<RecordIndex> relatedChildren_;
+  using Likenesses = std::unordered_map<std::string, std::vector<ZYMUnicodeString>, ZYMKeyedHash>;
+  std::optional<Likenesses> likenesses_;
 };
 
 /// The record files of compositions, each looked at once and read at most once.
@@ -60,6 +67,12 @@ class SharedRecords {
     QELVARDOSFileFacts facts;
     bool read = false;
     SharedRecord record;
+    /// Of a record of a format version that is not known.
+    ZYMUnicodeString unknownVersion;
+    /// How reading ended, and why; for a host that keeps going, who is told so for each entry.
+    HRESULT status = S_OK;
+    std::error_code error;
+    std::string failure;
   };
   /// The file's facts are looked up when it is first asked for; its record is for the caller to read.
   File& At(const ZYMUnicodeString& recordFile);

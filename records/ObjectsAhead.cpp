@@ -28,7 +28,7 @@ void ObjectsAhead::AddRecognition(const ZYMIDOMElement_var& element, QELVARDOSFi
     const QELXVARDOSLRDFactory::Paths paths = QELXVARDOSLRDFactory::PathsAhead(*cadName_, element);
     const bool isNew = Attribute(element, Word::RecognizeAsNew) == Word::UpperTrue;
     looks.push_back({paths.objectFile.ToString().Str(), Kind::Facts});
-    looks.push_back({paths.recordFile.Str(), isNew ? Kind::Facts : Kind::Content});
+    looks.push_back({paths.recordFile.Str(), isNew ? Kind::Facts : ofRecord_});
   }
 }
 

@@ -8,7 +8,9 @@
 class ObjectsAhead {
  public:
   /// list: of objects that are to be recognised. cadName: for the paths of their records. Both must outlive this.
-  ObjectsAhead(const ZYMIDOMElement_var& list, const ZYMUnicodeString& cadName) : list_(list), cadName_(&cadName) {}
+  /// ofRecord: what is wanted of each record file.
+  ObjectsAhead(const ZYMIDOMElement_var& list, const ZYMUnicodeString& cadName, QELVARDOSFileLook::Kind ofRecord)
+      : list_(list), cadName_(&cadName), ofRecord_(ofRecord) {}
   /// list: of objects that records are made of, which must outlive this.
   explicit ObjectsAhead(const ZYMIDOMElement_var& list) : list_(list) {}
 
@@ -25,6 +27,7 @@ class ObjectsAhead {
   const ZYMIDOMElement_var& list_;
   /// Null when no record is looked at.
   const ZYMUnicodeString* cadName_ = nullptr;
+  QELVARDOSFileLook::Kind ofRecord_ = QELVARDOSFileLook::Kind::Content;
   QELVARDOSFileNotices notices_;
   /// Where the next object is looked for in the list, and its number.
   ZYMIDOMNodeList_var nodes_;

@@ -184,6 +184,13 @@ const RecordFormat& QELXVARDOSLRDVersionInfo::Newest(RecordKind kind) {
   return *Format::Ledger.front().formats[static_cast<std::size_t>(kind)];
 }
 
+bool QELXVARDOSLRDVersionInfo::IsOlder(const ZYMUnicodeString& version, const ZYMUnicodeString& other) {
+  const auto age = [](const ZYMUnicodeString& name) { return Find(name.IsEmpty() ? FormatVersion::V0 : name); };
+  return age(version) > age(other);
+}
+
+const ZYMUnicodeString& QELXVARDOSLRDVersionInfo::NewestVersion() { return Format::Ledger.front().name; }
+
 const ZYMUnicodeStringList* QELXVARDOSLRDVersionInfo::GetCapabilities(const ZYMUnicodeString& version) const {
   const Version* found = Find(version);
   return found == nullptr || !found->capabilities ? nullptr : &*found->capabilities;

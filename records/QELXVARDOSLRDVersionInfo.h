@@ -26,4 +26,7 @@ class QELXVARDOSLRDVersionInfo {
   static const RecordFormat* FormatOf(const ZYMUnicodeString& version, RecordKind kind);
   static const RecordFormat* FormatNamed(const ZYMUnicodeString& className);
   static const RecordFormat& Newest(RecordKind kind);
+  /// Whether one known version came before another; the empty version is the oldest.
+  static bool IsOlder(const ZYMUnicodeString& version, const ZYMUnicodeString& other);
+  static const ZYMUnicodeString& NewestVersion();
 };

@@ -97,6 +97,7 @@ HRESULT RecordFileReader::Read(const ZYMUnicodeString& path, QELXIVARDOSLRDObjec
 HRESULT RecordFileReader::ReadIfPresent(const ZYMUnicodeString& path, QELXIVARDOSLRDObject_var& record,
                                         std::error_code& error) {
   std::string bytes;
+  unknownVersion_.Assign({});
   error = Load(path, bytes);
   const bool isMissing = error && QELVARDOSFileLayer::MeansMissing(error, path.View());
   return isMissing ? S_OK : Take(path, std::move(bytes), error, record);
@@ -106,12 +107,14 @@ bool RecordFileReader::LeavesOpen(const std::error_code& error, const ZYMUnicode
   return error && !SaysDamaged(error) && !QELVARDOSFileLayer::MeansMissing(error, path.View());
 }
 
-std::error_code RecordFileReader::Load(const ZYMUnicodeString& path, std::string& bytes) const {
+std::error_code RecordFileReader::Load(const ZYMUnicodeString& path, std::string& bytes) {
   if (builder_.IsNull()) {
     ZYMRaiseNullHandle(ZYMIXMLDOMDocumentBuilder::ClassName());
   }
   try {
-    return QELVARDOSFileLayer::Current().Read(path.Str(), bytes, largest_);
+    QELVARDOSFileLayer& layer = QELVARDOSFileLayer::Current();
+    return keepsFacts_ ? layer.ReadWithFacts(path.Str(), bytes, largest_, facts_)
+                       : layer.Read(path.Str(), bytes, largest_);
   } catch (const std::bad_alloc&) {
     return std::make_error_code(std::errc::not_enough_memory);
   }
@@ -182,10 +185,11 @@ void RecordFileReader::TellOfUnknownFormat(const ZYMUnicodeString& path, const s
   }
 }
 
-void RecordFileReader::TellOfUnknownFormat(const ZYMUnicodeString& path, const ZYMIDOMElement_var& root) const {
+void RecordFileReader::TellOfUnknownFormat(const ZYMUnicodeString& path, const ZYMIDOMElement_var& root) {
   const ZYMUnicodeString version = Attribute(root, Word::Version);
   if (observer_ != nullptr && NodeName(root) == Word::Object && !version.IsEmpty() &&
       QELXVARDOSLRDVersionInfo().GetClassName(version, KindName::Full).IsEmpty()) {
+    unknownVersion_ = version;
     observer_->UnknownFormat(path, version);
   }
 }

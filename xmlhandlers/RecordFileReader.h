@@ -6,6 +6,7 @@
 
 #include "component/QELXIVARDOSLRDObject.h"
 #include "component/QELXIVARDOSObserver.h"
+#include "platform/QELVARDOSFileLayer.h"
 #include "platform/ZYMIDOM.h"
 
 /// Reads record files with their nested records.
@@ -23,19 +24,29 @@ class RecordFileReader {
   /// Whether such an error leaves open what is there: it is not missing, and what is wrong with it is not known.
   static bool LeavesOpen(const std::error_code& error, const ZYMUnicodeString& path);
 
+  /// Whether it is kept what was known of each file when it was read.
+  void KeepFacts() { keepsFacts_ = true; }
+  /// Of the file that was read last, if they are kept.
+  const QELVARDOSFileFacts& Facts() const { return facts_; }
+  /// Of the file that was read last, if it holds a record of a format version that is not known; else empty.
+  const ZYMUnicodeString& UnknownVersion() const { return unknownVersion_; }
+
   /// Tells the observer when bytes, the content of the file at path, are a record of a format version that is not
   /// known.
   void TellOfUnknownFormat(const ZYMUnicodeString& path, const std::string& bytes);
 
  private:
-  std::error_code Load(const ZYMUnicodeString& path, std::string& bytes) const;
+  std::error_code Load(const ZYMUnicodeString& path, std::string& bytes);
   HRESULT Take(const ZYMUnicodeString& path, std::string bytes, std::error_code& error,
                QELXIVARDOSLRDObject_var& record);
   HRESULT TakeDocument(const ZYMUnicodeString& path, const ZYMIDOMDocument_var& document,
                        QELXIVARDOSLRDObject_var& record);
-  void TellOfUnknownFormat(const ZYMUnicodeString& path, const ZYMIDOMElement_var& root) const;
+  void TellOfUnknownFormat(const ZYMUnicodeString& path, const ZYMIDOMElement_var& root);
 
   ZYMIXMLDOMDocumentBuilder_var builder_;
   std::uint64_t largest_;
   QELXIVARDOSObserver* observer_;
+  ZYMUnicodeString unknownVersion_;
+  bool keepsFacts_ = false;
+  QELVARDOSFileFacts facts_{};
 };

@@ -130,7 +130,9 @@ void Notice::Read(AheadLook& look) {
   if (held_.fetch_add(LargestContent) + LargestContent > MostContent) {
     look.error = std::make_error_code(std::errc::not_enough_memory);
   } else {
-    look.error = disk_.Read(look.look.path, look.bytes, LargestContent);
+    look.error = look.look.kind == Kind::Content
+                     ? disk_.Read(look.look.path, look.bytes, LargestContent)
+                     : disk_.ReadWithFacts(look.look.path, look.bytes, LargestContent, look.facts);
   }
   if (look.error) {
     std::string().swap(look.bytes);

@@ -57,24 +57,28 @@ std::string Slurp(const std::string& file) {
 }
 
 /// In the order of QELXVARDOSReason::Kind.
-constexpr std::array Reasons = {
+constexpr std::array ReasonNames = {
     "PhysicalIdGiven",     "NoPhysicalId",      "MarkedAsModified",       "MarkedAsNew",   "StampsAgree",
     "FileNewer",           "FileOlder",         "RecordWithoutStamp",     "StampIsNoTime", "ObjectFileGone",
     "EntryOfRelationship", "EntryOfIdentifier", "EntryWithoutPhysicalId", "NoSuchEntry",   "NoRecord",
-    "NoKnownRecord",       "RecordDamaged",     "CannotBeLookedAt"};
+    "NoKnownRecord",       "RecordDamaged",     "CannotBeLookedAt",       "NoIdentifier",  "UnknownFormat"};
 
 /// Notes what is told of each object: its status, and the reason with its facts.
 class Listener : public QELXIVARDOSObserver {
  public:
   void Decided(const ZYMIDOMElement_var& object, const QELXVARDOSReason& reason) override {
     std::string line =
-        Show(object, {"cadid", "status"}) + " reason=" + Reasons.at(static_cast<std::size_t>(reason.kind));
+        Show(object, {"cadid", "status"}) + " reason=" + ReasonNames.at(static_cast<std::size_t>(reason.kind));
     for (const auto& [name, fact] : {std::pair<const char*, ZYMUnicodeString>{" record=", reason.recordFile},
                                      {" fileStamp=", reason.fileStamp ? std::to_string(*reason.fileStamp) : ""},
                                      {" recordStamp=", reason.recordStamp},
                                      {" identifier=", reason.identifier},
+                                     {" relationship=", reason.relationship},
                                      {" failure=", reason.failure}}) {
       line += fact.IsEmpty() ? "" : name + fact.Str();
+    }
+    for (const ZYMUnicodeString& path : reason.missingRecordFiles) {
+      line += " missing=" + path.Str();
     }
     told.push_back(line);
   }

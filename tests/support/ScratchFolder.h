@@ -31,9 +31,12 @@ class ScratchFolder {
     std::ofstream(At(name)) << text;
   }
   /// A CAD file with that modification time.
-  void PutFile(const std::string& name, std::int64_t seconds) const {
+  void PutFile(const std::string& name, std::int64_t seconds, std::int32_t nanoseconds = 0) const {
     Put(name, "CAD");
-    const std::array<timespec, 2> times{{{seconds, 0}, {seconds, 0}}};
+    SetTime(name, seconds, nanoseconds);
+  }
+  void SetTime(const std::string& name, std::int64_t seconds, std::int32_t nanoseconds = 0) const {
+    const std::array<timespec, 2> times{{{seconds, nanoseconds}, {seconds, nanoseconds}}};
     EXPECT_EQ(utimensat(AT_FDCWD, At(name).c_str(), times.data(), 0), 0) << name;
   }
   void PutRecord(const std::string& objectFile, const std::string& text) const {
