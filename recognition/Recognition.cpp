@@ -107,10 +107,10 @@ Recognition::Recognition(Client client, const ZYMIDOMElement_var& request, const
       list_(list),
       objects_(list),
       reader_(ReaderFor(client_)),
-      byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(client_.command)) {
+      byPhysicalId_(ZYMMakeComponent<QELXVARDOSRecognitionHandlerNoLRD>(client_.command)),
+      reasons_(client_.observer == nullptr ? Reasons::None : client_.observer->WantsReasons()) {
   byPhysicalId_->SetObserver(client_.observer);
-  tellsReasons_ = client_.observer != nullptr && client_.observer->WantsReasons() != QELXIVARDOSObserver::Reasons::None;
-  if (tellsReasons_ && client_.observer->WantsReasons() == QELXIVARDOSObserver::Reasons::Detailed) {
+  if (reasons_ == Reasons::Detailed) {
     details_.emplace(client_.config, *client_.observer, CountObjects(list_));
     reader_.KeepFacts();
   }
@@ -288,7 +288,7 @@ std::optional<Recognition::Paths> Recognition::PathsInComposition(Object& object
         CannotTell(object, paths.recordFile, facts.error);
       } else if (facts.Exists()) {
         found = std::move(paths);
-      } else if (tellsReasons_) {
+      } else if (reasons_ != Reasons::None) {
         object.missingRecordFiles.push_back(std::move(paths.recordFile));
       }
     }
@@ -463,7 +463,7 @@ HRESULT Recognition::WriteBack(const Object& object, const Asked& asked, const F
 /// record: that was looked at, if any.
 void Recognition::Tell(Object& object, Found& found, SharedRecord* record) {
   ++decided_;
-  if (!tellsReasons_) {
+  if (reasons_ == Reasons::None) {
     return;
   }
   Reason reason;

@@ -45,6 +45,7 @@ class Recognition {
  private:
   using Record = QELXIVARDOSLRDObject_var;
   using Paths = QELXVARDOSLRDFactory::Paths;
+  using Reasons = QELXIVARDOSObserver::Reasons;
 
   struct Asked;
   struct Found;
@@ -108,7 +109,7 @@ class Recognition {
   ZYMUnicodeString version_;
   SharedRecords shared_;
   SharedRecord own_;
-  bool tellsReasons_ = false;
+  const Reasons reasons_;
   /// How many objects are decided, whoever is told.
   int decided_ = 0;
   /// For an observer that wants them.
