@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -18,11 +20,13 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/QELVARDOSFileError.h"
 #include "platform/QELVARDOSFileLayer.h"
 #include "platform/QELVARDOSFileTransaction.h"
+#include "platform/QELVARDOSParallelFileLayer.h"
 #include "platform/QELVARDOSPathUtils.h"
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/QELXVARDOSCreoUtil.h"
@@ -68,8 +72,10 @@ class FileTest : public testing::Test {
 /// Behaves as if the process ended in the middle of the last operation that it lets pass.
 class StoppingLayer : public TestLayer {
  public:
-  explicit StoppingLayer(int operations)
-      : TestLayer([this](const std::string&, const std::string&) {
+  /// seed: shuffles the operations of several threads; 0: none of them waits.
+  StoppingLayer(int operations, int seed)
+      : TestLayer([this, seed](const std::string&, const std::string&) {
+          std::this_thread::sleep_for(std::chrono::microseconds(seed * left_ % 7 * 20));
           return left_-- > 0 ? std::error_code() : make_error_code(std::errc::operation_canceled);
         }),
         left_(operations) {}
@@ -79,7 +85,7 @@ class StoppingLayer : public TestLayer {
   }
 
  private:
-  int left_;
+  std::atomic<int> left_;
 };
 
 struct stat FactsOf(const std::string& path) {
@@ -656,33 +662,38 @@ TEST_F(FileTest, an_end_of_the_process_at_any_operation_leaves_each_file_old_or_
     }
     transaction.Commit();
   };
-  bool stopped = true;
-  int operations = 0;
-  for (; stopped; ++operations) {
-    ASSERT_LT(operations, 100);
-    fs::remove_all(root_);
-    fs::create_directory(root_);
-    for (const auto& [name, text] : before) {
-      Put(name, text);
-    }
-    {
-      StoppingLayer layer(operations);
-      replaceAll();
-      stopped = layer.Stopped();
-    }
-    for (const auto& [name, text] : Content()) {
-      if (!QELVARDOSFileTransaction::IsTemporaryName(name)) {
-        EXPECT_TRUE(text == after.at(name) || (before.contains(name) && text == before.at(name)))
-            << name << " after " << operations << " operations";
+  // Side by side in three orders, and one after the other.
+  for (int seed = 0; seed < 4; ++seed) {
+    bool stopped = true;
+    int operations = 0;
+    for (; stopped; ++operations) {
+      ASSERT_LT(operations, 100);
+      fs::remove_all(root_);
+      fs::create_directory(root_);
+      for (const auto& [name, text] : before) {
+        Put(name, text);
       }
+      {
+        StoppingLayer layer(operations, seed);
+        QELVARDOSParallelFileLayer front(layer, seed == 0 ? 1 : 4);
+        const QELVARDOSUseFileLayer use(front);
+        replaceAll();
+        stopped = layer.Stopped();
+      }
+      for (const auto& [name, text] : Content()) {
+        if (!QELVARDOSFileTransaction::IsTemporaryName(name)) {
+          EXPECT_TRUE(text == after.at(name) || (before.contains(name) && text == before.at(name)))
+              << name << " after " << operations << " operations, seed " << seed;
+        }
+      }
+      for (const auto& [name, text] : before) {
+        EXPECT_TRUE(fs::exists(At(name))) << name << " after " << operations << " operations, seed " << seed;
+      }
+      replaceAll();
+      EXPECT_EQ(Content(), after) << "after " << operations << " operations, seed " << seed;
     }
-    for (const auto& [name, text] : before) {
-      EXPECT_TRUE(fs::exists(At(name))) << name << " after " << operations << " operations";
-    }
-    replaceAll();
-    EXPECT_EQ(Content(), after) << "after " << operations << " operations";
+    EXPECT_GT(operations, 12);
   }
-  EXPECT_GT(operations, 12);
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 #include <limits>
 #include <map>
 #include <ostream>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -54,6 +53,15 @@ std::string Slurp(const std::string& file) {
   std::ostringstream text;
   text << std::ifstream(file).rdbuf();
   return text.str();
+}
+
+/// Without line ends and the blanks behind them.
+std::string WithoutLineEnds(std::string text) {
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) {
+    const std::size_t next = text.find_first_not_of(' ', at + 1);
+    text.erase(at, next == std::string::npos ? next : next - at);
+  }
+  return text;
 }
 
 /// In the order of QELXVARDOSReason::Kind.
@@ -97,7 +105,7 @@ struct Client {
         break;
       }
       // The files have line ends for the eye alone.
-      trees.push_back(wrapping(Tree(std::regex_replace(Replaced(text, "$", folder.Root()), std::regex("\n *"), ""))));
+      trees.push_back(wrapping(Tree(WithoutLineEnds(Replaced(text, "$", folder.Root())))));
     }
   }
   QELXIVARDOSRecognitionHandler_var Handler(const ZYMIDOMElement_var& tree) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -123,6 +124,7 @@ class TestLayer : public QELVARDOSFileLayerFilter {
       const std::error_code asked = ask_ ? ask_(operation, path) : std::error_code();
       errors.push_back(fault == failing.end() ? asked : std::make_error_code(fault->second));
     }
+    const std::scoped_lock guard(mutex_);
     calls.push_back(call);
     return errors;
   }
@@ -136,5 +138,7 @@ class TestLayer : public QELVARDOSFileLayerFilter {
   }
 
   Ask ask_;
+  /// Operations may come from several threads at once.
+  mutable std::mutex mutex_;
   const QELVARDOSUseFileLayer use_{*this};
 };
