@@ -334,7 +334,8 @@ void Release(fuse_req_t request, fuse_ino_t node, fuse_file_info* file) {
 
 void Read(fuse_req_t request, fuse_ino_t node, std::size_t size, off_t offset, fuse_file_info* file) {
   if (node == DiskNodes::Control) {
-    const auto& counts = KeptFor<std::string>(file);
+    // A copy: whoever has the answer may close the file before the call that gives it returns.
+    const auto counts = KeptFor<std::string>(file);
     const std::size_t from = std::min(static_cast<std::size_t>(offset), counts.size());
     fuse_reply_buf(request, counts.data() + from, std::min(size, counts.size() - from));
     return;
