@@ -238,7 +238,7 @@ std::error_code Write(QELVARDOSNewFile& file) {
   std::error_code error = file.like.empty() ? std::error_code() : MakeAlike(open.Number(), file.like, mode);
   error = error ? error : WriteOpen(open, file, mode);
   if (error) {
-    unlinkat(place.folder, place.path, 0);
+    unlink(file.path.c_str());
   }
   return error;
 }
