@@ -59,6 +59,10 @@ void Pace::Waited(Duration waited) {
   failures_ = pays ? 0 : std::min(failures_ + 1, MostFailures);
   const bool goesOn = pays && ++rounds_ % MostRounds != 0;
   Use(goesOn ? Threads() : 0);
+  if (pays) {
+    // What paid so far is measured anew at once.
+    pause_.store(0, std::memory_order_relaxed);
+  }
 }
 
 void Pace::Use(int threads) {
