@@ -83,8 +83,10 @@ void Explainer::Take(const ZYMIDOMElement_var& object, const QELXVARDOSReason* r
   for (ExplanationSink* sink : sinks_) {
     sink->Take(object_);
   }
-  for (ExplanationSink* sink : wantsDetails ? detailSinks_ : std::vector<ExplanationSink*>()) {
-    sink->Take(object_);
+  if (wantsDetails) {
+    for (ExplanationSink* sink : detailSinks_) {
+      sink->Take(object_);
+    }
   }
 }
 

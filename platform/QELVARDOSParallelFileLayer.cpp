@@ -1,11 +1,14 @@
 #include "platform/QELVARDOSParallelFileLayer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <new>
+#include <numeric>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -38,23 +41,26 @@ auto Timed(Pace& pace, const Do& alone) {
   return result;
 }
 
+/// Gives away what a look at a file has read.
+std::error_code HandOut(AheadLook& look, std::string& bytes, std::uint64_t atMost) {
+  bytes = std::move(look.bytes);
+  return bytes.size() > atMost ? std::make_error_code(std::errc::file_too_large) : look.error;
+}
+
 /// The numbers of files, from one folder after the other in turn, since those of one folder get in each other's way.
 struct Order {
   template <typename Files, typename PathOf>
-  Order(const Files& files, const PathOf& pathOf) {
-    std::map<std::string_view, std::vector<std::size_t>> byFolder;
-    for (std::size_t at = 0; at < files.size(); ++at) {
-      const std::string& path = pathOf(files[at]);
-      byFolder[std::string_view(path).substr(0, path.rfind('/') + 1)].push_back(at);
+  Order(const Files& files, const PathOf& pathOf) : numbers(files.size()) {
+    std::map<std::string_view, std::size_t> taken;
+    std::vector<std::size_t> turns;
+    for (const auto& file : files) {
+      const std::string& path = pathOf(file);
+      turns.push_back(taken[std::string_view(path).substr(0, path.rfind('/') + 1)]++);
     }
-    folders = byFolder.size();
-    for (std::size_t round = 0; numbers.size() < files.size(); ++round) {
-      for (const auto& [folder, members] : byFolder) {
-        if (round < members.size()) {
-          numbers.push_back(members[round]);
-        }
-      }
-    }
+    folders = taken.size();
+    std::iota(numbers.begin(), numbers.end(), std::size_t{0});
+    std::stable_sort(numbers.begin(), numbers.end(),
+                     [&turns](std::size_t a, std::size_t b) { return turns[a] < turns[b]; });
   }
 
   std::vector<std::size_t> numbers;
@@ -308,10 +314,7 @@ QELVARDOSFileFacts QELVARDOSParallelFileLayer::Stat(const std::string& path) {
 
 std::error_code QELVARDOSParallelFileLayer::Read(const std::string& path, std::string& bytes, std::uint64_t atMost) {
   const auto alone = [&] { return Next().Read(path, bytes, atMost); };
-  const auto handOut = [&](AheadLook& look) {
-    bytes = std::move(look.bytes);
-    return bytes.size() > atMost ? std::make_error_code(std::errc::file_too_large) : look.error;
-  };
+  const auto handOut = [&](AheadLook& look) { return HandOut(look, bytes, atMost); };
   return callers_ == nullptr ? alone() : callers_->Look(path, Kind::Content, handOut, alone);
 }
 
@@ -319,9 +322,8 @@ std::error_code QELVARDOSParallelFileLayer::ReadWithFacts(const std::string& pat
                                                           std::uint64_t atMost, QELVARDOSFileFacts& facts) {
   const auto alone = [&] { return Next().ReadWithFacts(path, bytes, atMost, facts); };
   const auto handOut = [&](AheadLook& look) {
-    bytes = std::move(look.bytes);
     facts = look.facts;
-    return bytes.size() > atMost ? std::make_error_code(std::errc::file_too_large) : look.error;
+    return HandOut(look, bytes, atMost);
   };
   return callers_ == nullptr ? alone() : callers_->Look(path, Kind::ContentWithFacts, handOut, alone);
 }

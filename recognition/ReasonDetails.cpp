@@ -1,7 +1,6 @@
 #include "recognition/ReasonDetails.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <optional>
 #include <tuple>
@@ -9,7 +8,7 @@
 
 #include "platform/QELVARDOSSystemUtils.h"
 #include "platform/ZYMNullHandleError.h"
-#include "records/QELXVARDOSLRDConstants.h"
+#include "records/FileStamp.h"
 #include "records/QELXVARDOSLRDVersionInfo.h"
 #include "xmlhandlers/QELXVARDOSLRDXMLHandler.h"
 
@@ -18,14 +17,6 @@ namespace {
 using Reason = QELXVARDOSReason;
 using Kind = Reason::Kind;
 using Doubt = Reason::Doubt;
-
-std::optional<std::int64_t> SecondsOf(const ZYMUnicodeString& stamp) {
-  std::int64_t seconds = 0;
-  const std::string_view text = stamp.View();
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  return !text.empty() && error == std::errc() && end == text.data() + text.size() ? std::optional(seconds)
-                                                                                   : std::nullopt;
-}
 
 std::int64_t Now() {
   return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();

@@ -1,6 +1,5 @@
 #include "recognition/Recognition.h"
 
-#include <charconv>
 #include <utility>
 
 #include "component/QELXVARDOSTraceChannels.h"
@@ -54,16 +53,14 @@ Reason::Kind WhyModified(const QELVARDOSFileFacts& file, const ZYMUnicodeString&
   if (recordStamp.IsEmpty()) {
     return Reason::Kind::RecordWithoutStamp;
   }
-  std::int64_t seconds = 0;
-  const std::string_view text = recordStamp.View();
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size()) {
+  const std::optional<std::int64_t> seconds = SecondsOf(recordStamp);
+  if (!seconds) {
     return Reason::Kind::StampIsNoTime;
   }
   // Of equal times only one is written as times are.
-  return file.modified == seconds  ? Reason::Kind::StampIsNoTime
-         : file.modified < seconds ? Reason::Kind::FileOlder
-                                   : Reason::Kind::FileNewer;
+  return file.modified == *seconds  ? Reason::Kind::StampIsNoTime
+         : file.modified < *seconds ? Reason::Kind::FileOlder
+                                    : Reason::Kind::FileNewer;
 }
 
 /// A record of the first version does not know it.

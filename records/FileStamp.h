@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <system_error>
 
 #include "platform/QELVARDOSPath.h"
@@ -13,3 +14,6 @@ ZYMUnicodeString FileStamp(const QELVARDOSPath& file, std::error_code& unseen);
 
 /// The form of a time that is known already.
 ZYMUnicodeString StampOf(std::int64_t seconds);
+
+/// The time that a stamp means, in whatever form it is written; none when it is no time.
+std::optional<std::int64_t> SecondsOf(const ZYMUnicodeString& stamp);

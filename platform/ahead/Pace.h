@@ -18,7 +18,6 @@ class Pace {
 
   /// 0: the caller is to be alone.
   int Threads() const { return threads_.load(std::memory_order_relaxed); }
-  bool IsGiven() const { return slow_ == Given; }
 
   /// Whether the next operation that the caller does alone is to be timed. Those that go uncounted between two threads
   /// do no harm.
